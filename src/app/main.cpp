@@ -1,0 +1,44 @@
+#include "AppDelegate.h"
+#include "workspace/WorkspaceStore.h"
+
+#include <QGuiApplication>
+#include <QLibraryInfo>
+#include <QLocale>
+#include <QQmlApplicationEngine>
+#include <QQmlExtensionPlugin>
+#include <QQuickStyle>
+#include <QTranslator>
+
+Q_IMPORT_QML_PLUGIN(PagewellPlugin)
+
+using namespace Qt::StringLiterals;
+
+int main(int argc, char *argv[])
+{
+    QGuiApplication app(argc, argv);
+    QGuiApplication::setOrganizationName(u"Pagewell"_s);
+    QGuiApplication::setApplicationName(u"Pagewell"_s);
+    QGuiApplication::setApplicationVersion(QStringLiteral(PAGEWELL_VERSION));
+
+    // Qt's own dialogs speak French like the rest of the interface.
+    QTranslator qtTranslator;
+    if (qtTranslator.load(QLocale(QLocale::French), u"qt"_s, u"_"_s,
+                          QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QGuiApplication::installTranslator(&qtTranslator);
+
+    if (qEnvironmentVariableIsEmpty("QT_QUICK_CONTROLS_STYLE"))
+        QQuickStyle::setStyle(u"Fusion"_s);
+
+    // The store restores the last session as it is made, before anything named on the command
+    // line replaces it.
+    WorkspaceStore *store = WorkspaceStore::shared();
+    AppDelegate delegate(store);
+    delegate.handleLaunchArguments(QGuiApplication::arguments());
+
+    QQmlApplicationEngine engine;
+    engine.addImportPath(u"qrc:/qt/qml"_s);
+    engine.load(QUrl(u"qrc:/qt/qml/Pagewell/Main.qml"_s));
+    if (engine.rootObjects().isEmpty())
+        return 1;
+    return QGuiApplication::exec();
+}

@@ -1,0 +1,119 @@
+#include "FileItem.h"
+
+#include "FileUrl.h"
+
+FileItem::FileItem(const QString &id, const QUrl &url, const QString &name, bool isDirectory,
+                   std::optional<QList<FileItem>> children)
+    : m_id(id), m_name(name), m_url(url), m_isDirectory(isDirectory)
+{
+    setChildren(std::move(children));
+}
+
+FileItem FileItem::scannedFile(const QString &path, const QString &name)
+{
+    FileItem item;
+    item.m_id = path;
+    item.m_name = name;
+    return item;
+}
+
+FileItem FileItem::scannedFolder(const QString &path, const QString &name, QList<FileItem> children)
+{
+    FileItem item;
+    item.m_id = path;
+    item.m_name = name;
+    item.m_isDirectory = true;
+    item.m_hasChildren = true;
+    item.m_children = std::move(children);
+    return item;
+}
+
+QUrl FileItem::url() const
+{
+    if (!m_url.isEmpty())
+        return m_url;
+    return FileUrl::fromPath(m_id, m_isDirectory);
+}
+
+std::optional<QList<FileItem>> FileItem::optionalChildren() const
+{
+    if (!m_hasChildren)
+        return std::nullopt;
+    return m_children;
+}
+
+void FileItem::setChildren(std::optional<QList<FileItem>> children)
+{
+    m_hasChildren = children.has_value();
+    m_children = children ? std::move(*children) : QList<FileItem>();
+}
+
+static QStringView pathExtension(QStringView name)
+{
+    const qsizetype dot = name.lastIndexOf(u'.');
+    // A leading dot starts a hidden name, not an extension (".md" has none).
+    if (dot <= 0)
+        return {};
+    return name.mid(dot + 1);
+}
+
+bool FileItem::isMarkdownName(QStringView name)
+{
+    const QStringView ext = pathExtension(name);
+    return ext.compare(u"md", Qt::CaseInsensitive) == 0
+        || ext.compare(u"markdown", Qt::CaseInsensitive) == 0
+        || ext.compare(u"mdown", Qt::CaseInsensitive) == 0;
+}
+
+bool FileItem::isSvgOrDiagramName(QStringView name)
+{
+    return pathExtension(name).compare(u"svg", Qt::CaseInsensitive) == 0
+        || name.contains(u".excalidraw");
+}
+
+bool FileItem::isMarkdown() const
+{
+    return isMarkdownName(m_name);
+}
+
+bool FileItem::isSvgOrDiagram() const
+{
+    return isSvgOrDiagramName(m_name);
+}
+
+int FileItem::markdownFileCount() const
+{
+    if (!m_isDirectory)
+        return isMarkdown() ? 1 : 0;
+    int count = 0;
+    for (const FileItem &child : m_children)
+        count += child.markdownFileCount();
+    return count;
+}
+
+bool operator==(const FileItem &a, const FileItem &b)
+{
+    if (a.m_children.constData() == b.m_children.constData() && a.m_id == b.m_id
+        && a.m_url == b.m_url && a.m_name == b.m_name && a.m_isDirectory == b.m_isDirectory
+        && a.m_hasChildren == b.m_hasChildren && a.m_children.size() == b.m_children.size())
+        return true; // same shared subtree
+    return a.m_id == b.m_id && a.url() == b.url() && a.m_name == b.m_name
+        && a.m_isDirectory == b.m_isDirectory && a.m_hasChildren == b.m_hasChildren
+        && a.m_children == b.m_children;
+}
+
+size_t qHash(const FileItem &item, size_t seed) noexcept
+{
+    QtPrivate::QHashCombine combine;
+    seed = combine(seed, item.id());
+    seed = combine(seed, item.url());
+    seed = combine(seed, item.name());
+    seed = combine(seed, item.isDirectory());
+    seed = combine(seed, item.hasChildren() ? 1 : 0);
+    if (item.hasChildren()) {
+        seed = combine(seed, item.children().size());
+        for (const FileItem &child : item.children())
+            seed = combine(seed, qHash(child, 0));
+    }
+    return seed;
+}

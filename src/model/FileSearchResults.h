@@ -1,0 +1,42 @@
+#pragma once
+
+#include "SearchResult.h"
+
+#include <QHashFunctions>
+#include <QList>
+#include <QMetaType>
+#include <QString>
+#include <QUrl>
+
+// The hits of one document, in line order.
+class FileSearchResults
+{
+    Q_GADGET
+    Q_PROPERTY(QString id READ id CONSTANT)
+    Q_PROPERTY(QUrl fileURL MEMBER fileURL CONSTANT)
+    Q_PROPERTY(QString fileName MEMBER fileName CONSTANT)
+    Q_PROPERTY(QString relativePath MEMBER relativePath CONSTANT)
+    Q_PROPERTY(QList<SearchResult> matches MEMBER matches CONSTANT)
+
+public:
+    QUrl fileURL;
+    QString fileName;
+    QString relativePath;
+    QList<SearchResult> matches;
+
+    QString id() const;
+
+    friend bool operator==(const FileSearchResults &a, const FileSearchResults &b)
+    {
+        return a.fileURL == b.fileURL && a.fileName == b.fileName
+            && a.relativePath == b.relativePath && a.matches == b.matches;
+    }
+    friend bool operator!=(const FileSearchResults &a, const FileSearchResults &b)
+    {
+        return !(a == b);
+    }
+};
+
+size_t qHash(const FileSearchResults &r, size_t seed = 0) noexcept;
+
+Q_DECLARE_METATYPE(FileSearchResults)

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "FileError.h"
+#include "model/FileItem.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QSet>
+#include <QString>
+#include <QUrl>
+
+// Turns a folder into the tree the sidebar shows and search walks, and creates and deletes
+// files. Holds nothing but the names it skips, so any thread may use it.
+class FileSystemService
+{
+public:
+    FileSystemService();
+    explicit FileSystemService(const QSet<QString> &ignoredFolderNames);
+
+    // The eight build and tool folder names skipped wherever they appear (files of those names
+    // too): ".git", ".build", ".gemini", ".claude", ".vscode", "node_modules", "dist", ".idea".
+    static QSet<QString> defaultIgnoredNames();
+    const QSet<QString> &ignoredFolderNames() const { return m_ignoredNames; }
+
+    // The node of `url` with its whole subtree: hidden and ignored entries left out, folders
+    // first, then names in display order. Never fails: an unreadable folder has no children.
+    // Symbolic links inside the tree are files, so a link loop cannot trap the scan.
+    FileItem scanDirectory(const QUrl &url) const;
+    // The kept, sorted entries of one folder, each with its subtree.
+    QList<FileItem> loadContents(const QString &folderPath) const;
+
+    // Markdown, SVG and diagram files of a tree, depth first in display order.
+    QList<QUrl> collectDocumentURLs(const FileItem &item) const;
+    // The same documents as absolute paths, for callers that need no URL.
+    QStringList collectDocumentPaths(const FileItem &item) const;
+
+    // Writes a new document titled after `name` into `folder` and returns its URL.
+    FileResult<QUrl> createNewFile(const QUrl &folder, const QString &name) const;
+    // Removes a file, or a folder with everything in it, permanently.
+    std::optional<FileError> deleteItem(const QUrl &url) const;
+
+private:
+    QSet<QString> m_ignoredNames;
+    QList<QByteArray> m_ignoredNamesUtf8;
+};

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "FileError.h"
+
+#include <QByteArrayView>
+#include <QString>
+
+#include <optional>
+
+// Whole-file UTF-8 text, byte for byte: a byte-order mark is kept as U+FEFF and every line
+// ending stays as it is, so writing back text that was read gives back the same bytes.
+namespace TextFile {
+
+// Fails on bytes that are not valid UTF-8.
+FileResult<QString> readUtf8(const QString &path);
+// Decodes without dropping a byte-order mark; nothing when the bytes are not valid UTF-8.
+std::optional<QString> decodeUtf8(QByteArrayView bytes);
+// Writes through a temporary file that replaces the target only once it is complete, so a failed
+// or interrupted write leaves the old file whole.
+std::optional<FileError> writeUtf8Atomically(const QString &path, const QString &text);
+
+} // namespace TextFile

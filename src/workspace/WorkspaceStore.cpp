@@ -1,0 +1,273 @@
+#include "WorkspaceStore.h"
+
+#include "model/FileUrl.h"
+#include "services/TextFile.h"
+
+#include <QDateTime>
+#include <QFileInfo>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// A list of strings as the preferences file holds it. An INI file cannot tell a one-entry list
+// from a plain string, so a string counts as a list of one.
+QStringList stringList(const QVariant &value)
+{
+    switch (value.typeId()) {
+    case QMetaType::QStringList:
+        return value.toStringList();
+    case QMetaType::QString:
+        return {value.toString()};
+    case QMetaType::QVariantList: {
+        QStringList list;
+        for (const QVariant &entry : value.toList()) {
+            if (entry.typeId() != QMetaType::QString)
+                return {};
+            list.append(entry.toString());
+        }
+        return list;
+    }
+    default:
+        return {};
+    }
+}
+
+} // namespace
+
+WorkspaceStore::WorkspaceStore(std::unique_ptr<QSettings> settings, QObject *parent)
+    : QObject(parent), m_settings(std::move(settings))
+{
+    m_recentFolderPaths = stringList(m_settings->value(recentsKey));
+    restoreLastSession();
+}
+
+WorkspaceStore::~WorkspaceStore() = default;
+
+WorkspaceStore *WorkspaceStore::shared()
+{
+    // Lives until the process ends, like the application itself.
+    static WorkspaceStore *const store
+        = new WorkspaceStore(std::make_unique<QSettings>(u"Pagewell"_s, u"Pagewell"_s));
+    return store;
+}
+
+QVariant WorkspaceStore::rootItemValue() const
+{
+    return m_rootItem ? QVariant::fromValue(*m_rootItem) : QVariant();
+}
+
+QVariant WorkspaceStore::currentDocumentValue() const
+{
+    return m_currentDocument ? QVariant::fromValue(*m_currentDocument) : QVariant();
+}
+
+void WorkspaceStore::openFolder(const QUrl &url, const QUrl &preferredFileURL)
+{
+    setRootURL(url);
+    const QString path = FileUrl::path(url);
+    storeSetting(lastFolderKey, path);
+
+    QStringList recents = m_recentFolderPaths;
+    recents.removeAll(path);
+    recents.prepend(path);
+    if (recents.size() > maxRecentFolders)
+        recents.resize(maxRecentFolders);
+    setRecentFolderPaths(recents);
+    storeSetting(recentsKey, recents);
+
+    reloadCurrentFolder();
+
+    if (!preferredFileURL.isEmpty() && QFileInfo::exists(FileUrl::path(preferredFileURL))) {
+        openFile(preferredFileURL);
+        return;
+    }
+    if (!m_rootItem)
+        return;
+    const QList<QUrl> documents = m_fileSystemService.collectDocumentURLs(*m_rootItem);
+    for (const QUrl &document : documents) {
+        if (FileUrl::lastPathComponent(document).toLower() == u"readme.md") {
+            openFile(document);
+            return;
+        }
+    }
+    if (!documents.isEmpty())
+        openFile(documents.first());
+}
+
+void WorkspaceStore::reloadCurrentFolder()
+{
+    if (m_rootURL.isEmpty())
+        return;
+    setRootItem(m_fileSystemService.scanDirectory(m_rootURL));
+}
+
+void WorkspaceStore::clearRecentFolders()
+{
+    setRecentFolderPaths({});
+    m_settings->remove(recentsKey);
+    m_settings->sync();
+}
+
+void WorkspaceStore::restoreLastSession()
+{
+    const QString folder = m_settings->value(lastFolderKey).toString();
+    if (folder.isEmpty() || !QFileInfo(folder).isDir())
+        return;
+    QUrl preferred;
+    const QString file = m_settings->value(lastFileKey).toString();
+    if (!file.isEmpty() && QFileInfo::exists(file))
+        preferred = FileUrl::fromPath(file);
+    openFolder(QUrl::fromLocalFile(folder), preferred);
+}
+
+void WorkspaceStore::openFile(const QUrl &url)
+{
+    if (FileUrl::isDirectoryUrl(url))
+        return;
+    if (url == m_selectedFileURL && m_currentDocument)
+        return;
+    const QString path = FileUrl::path(url);
+    FileResult<QString> read = TextFile::readUtf8(path);
+    if (read.error) {
+        presentAlert(u"Impossible de lire le fichier: "_s, *read.error);
+        return;
+    }
+    setSelectedFileURL(url);
+    EditorDocument document;
+    document.fileURL = url;
+    document.content = std::move(read.value);
+    document.lastModified = QDateTime::currentDateTime();
+    setCurrentDocument(document);
+    storeSetting(lastFileKey, path);
+}
+
+void WorkspaceStore::updateDocumentContent(const QString &newContent)
+{
+    if (!m_currentDocument || m_currentDocument->content == newContent)
+        return;
+    EditorDocument document = *m_currentDocument;
+    document.content = newContent;
+    document.isDirty = true;
+    setCurrentDocument(document);
+}
+
+void WorkspaceStore::updateHeadings(const QList<HeadingItem> &headings)
+{
+    if (!m_currentDocument)
+        return;
+    EditorDocument document = *m_currentDocument;
+    document.headings = headings;
+    setCurrentDocument(document);
+}
+
+void WorkspaceStore::saveCurrentDocument()
+{
+    if (!m_currentDocument)
+        return;
+    const QString path = FileUrl::path(m_currentDocument->fileURL);
+    if (std::optional<FileError> error
+        = TextFile::writeUtf8Atomically(path, m_currentDocument->content)) {
+        presentAlert(u"Erreur d'enregistrement: "_s, *error);
+        return;
+    }
+    EditorDocument document = *m_currentDocument;
+    document.isDirty = false;
+    document.lastModified = QDateTime::currentDateTime();
+    setCurrentDocument(document);
+}
+
+void WorkspaceStore::requestHeadingScroll(const QString &headingId)
+{
+    Q_EMIT headingScrollRequest(headingId);
+}
+
+void WorkspaceStore::requestSnippetInsert(const QString &snippet)
+{
+    Q_EMIT snippetInsertRequest(snippet);
+}
+
+void WorkspaceStore::presentAlert(const QString &prefix, const FileError &error)
+{
+    setAlertMessage(prefix + error.localizedDescription());
+    setShowAlert(true);
+}
+
+void WorkspaceStore::storeSetting(const QString &key, const QVariant &value)
+{
+    m_settings->setValue(key, value);
+    // Written through at once: the session survives a crash or a killed process.
+    m_settings->sync();
+}
+
+void WorkspaceStore::setRootURL(const QUrl &url)
+{
+    m_rootURL = url;
+    Q_EMIT rootURLChanged();
+}
+
+void WorkspaceStore::setRootItem(const std::optional<FileItem> &item)
+{
+    m_rootItem = item;
+    Q_EMIT rootItemChanged();
+}
+
+void WorkspaceStore::setSelectedFileURL(const QUrl &url)
+{
+    m_selectedFileURL = url;
+    Q_EMIT selectedFileURLChanged();
+}
+
+void WorkspaceStore::setCurrentDocument(const std::optional<EditorDocument> &document)
+{
+    m_currentDocument = document;
+    Q_EMIT currentDocumentChanged();
+}
+
+void WorkspaceStore::setRecentFolderPaths(const QStringList &paths)
+{
+    m_recentFolderPaths = paths;
+    Q_EMIT recentFolderPathsChanged();
+}
+
+void WorkspaceStore::setSidebarMode(SidebarMode::Value mode)
+{
+    m_sidebarMode = mode;
+    Q_EMIT sidebarModeChanged();
+}
+
+void WorkspaceStore::setSearchQuery(const QString &query)
+{
+    m_searchQuery = query;
+    Q_EMIT searchQueryChanged();
+}
+
+void WorkspaceStore::setSearchResults(const QList<FileSearchResults> &results)
+{
+    m_searchResults = results;
+    Q_EMIT searchResultsChanged();
+}
+
+void WorkspaceStore::setSearching(bool searching)
+{
+    m_isSearching = searching;
+    Q_EMIT isSearchingChanged();
+}
+
+void WorkspaceStore::setOutlineVisible(bool visible)
+{
+    m_isOutlineVisible = visible;
+    Q_EMIT isOutlineVisibleChanged();
+}
+
+void WorkspaceStore::setAlertMessage(const QString &message)
+{
+    m_alertMessage = message;
+    Q_EMIT alertMessageChanged();
+}
+
+void WorkspaceStore::setShowAlert(bool show)
+{
+    m_showAlert = show;
+    Q_EMIT showAlertChanged();
+}

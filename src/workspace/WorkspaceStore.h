@@ -1,0 +1,150 @@
+#pragma once
+
+#include "model/EditorDocument.h"
+#include "model/FileItem.h"
+#include "model/FileSearchResults.h"
+#include "model/HeadingItem.h"
+#include "model/SidebarMode.h"
+#include "services/FileSystemService.h"
+
+#include <QList>
+#include <QObject>
+#include <QSettings>
+#include <QString>
+#include <QStringList>
+#include <QUrl>
+#include <QVariant>
+
+#include <memory>
+#include <optional>
+
+// The one observable state of the workspace: the open folder and its tree, the selection, the
+// open document, the search state, the pending alert and the remembered session. Views read it
+// and change it only through its operations. Every property assignment notifies, even when the
+// value is equal. Lives on the main thread.
+class WorkspaceStore : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(QUrl rootURL READ rootURL NOTIFY rootURLChanged)
+    Q_PROPERTY(QVariant rootItem READ rootItemValue NOTIFY rootItemChanged)
+    Q_PROPERTY(QUrl selectedFileURL READ selectedFileURL NOTIFY selectedFileURLChanged)
+    Q_PROPERTY(QVariant currentDocument READ currentDocumentValue NOTIFY currentDocumentChanged)
+    Q_PROPERTY(QStringList recentFolderPaths READ recentFolderPaths NOTIFY recentFolderPathsChanged)
+    Q_PROPERTY(SidebarMode::Value sidebarMode READ sidebarMode WRITE setSidebarMode NOTIFY
+                   sidebarModeChanged)
+    Q_PROPERTY(QString searchQuery READ searchQuery NOTIFY searchQueryChanged)
+    Q_PROPERTY(
+        QList<FileSearchResults> searchResults READ searchResults NOTIFY searchResultsChanged)
+    Q_PROPERTY(bool isSearching READ isSearching NOTIFY isSearchingChanged)
+    Q_PROPERTY(QString fileFilterQuery READ fileFilterQuery NOTIFY fileFilterQueryChanged)
+    Q_PROPERTY(bool isOutlineVisible READ isOutlineVisible WRITE setOutlineVisible NOTIFY
+                   isOutlineVisibleChanged)
+    Q_PROPERTY(QString alertMessage READ alertMessage NOTIFY alertMessageChanged)
+    Q_PROPERTY(bool showAlert READ showAlert WRITE setShowAlert NOTIFY showAlertChanged)
+
+public:
+    static inline const QString recentsKey = QStringLiteral("Pagewell.RecentFolders");
+    static inline const QString lastFolderKey = QStringLiteral("Pagewell.LastFolder");
+    static inline const QString lastFileKey = QStringLiteral("Pagewell.LastFile");
+    static constexpr int maxRecentFolders = 10;
+
+    // Loads the recent folders and restores the last session from `settings` before returning.
+    explicit WorkspaceStore(std::unique_ptr<QSettings> settings, QObject *parent = nullptr);
+    ~WorkspaceStore() override;
+
+    // The application's store, made on first use with the user's preferences.
+    static WorkspaceStore *shared();
+
+    QUrl rootURL() const { return m_rootURL; }
+    const std::optional<FileItem> &rootItem() const { return m_rootItem; }
+    QUrl selectedFileURL() const { return m_selectedFileURL; }
+    const std::optional<EditorDocument> &currentDocument() const { return m_currentDocument; }
+    QStringList recentFolderPaths() const { return m_recentFolderPaths; }
+    SidebarMode::Value sidebarMode() const { return m_sidebarMode; }
+    QString searchQuery() const { return m_searchQuery; }
+    QList<FileSearchResults> searchResults() const { return m_searchResults; }
+    bool isSearching() const { return m_isSearching; }
+    QString fileFilterQuery() const { return m_fileFilterQuery; }
+    bool isOutlineVisible() const { return m_isOutlineVisible; }
+    // Empty until the first failure; the next failure overwrites it.
+    QString alertMessage() const { return m_alertMessage.value_or(QString()); }
+    const std::optional<QString> &optionalAlertMessage() const { return m_alertMessage; }
+    bool showAlert() const { return m_showAlert; }
+
+    QVariant rootItemValue() const;
+    QVariant currentDocumentValue() const;
+
+    void setSidebarMode(SidebarMode::Value mode);
+    void setOutlineVisible(bool visible);
+    void setShowAlert(bool show);
+
+    // Makes `url` the open folder, records it as the most recent one, scans it and opens the
+    // preferred file when it exists, else the folder's readme, else its first document.
+    Q_INVOKABLE void openFolder(const QUrl &url, const QUrl &preferredFileURL = QUrl());
+    Q_INVOKABLE void reloadCurrentFolder();
+    Q_INVOKABLE void clearRecentFolders();
+
+    // Reads the file into a new, clean document and selects it. The file already open is kept
+    // as it is, unsaved edits included.
+    Q_INVOKABLE void openFile(const QUrl &url);
+    // The editor's whole text; a different text marks the document modified until it is saved.
+    Q_INVOKABLE void updateDocumentContent(const QString &newContent);
+    void updateHeadings(const QList<HeadingItem> &headings);
+    // Writes the open document to its file atomically.
+    Q_INVOKABLE void saveCurrentDocument();
+
+    // Asks the editor page to scroll to a heading, or to insert text at the caret. Only
+    // receivers connected at that moment get the value.
+    Q_INVOKABLE void requestHeadingScroll(const QString &headingId);
+    Q_INVOKABLE void requestSnippetInsert(const QString &snippet);
+
+Q_SIGNALS:
+    void rootURLChanged();
+    void rootItemChanged();
+    void selectedFileURLChanged();
+    void currentDocumentChanged();
+    void recentFolderPathsChanged();
+    void sidebarModeChanged();
+    void searchQueryChanged();
+    void searchResultsChanged();
+    void isSearchingChanged();
+    void fileFilterQueryChanged();
+    void isOutlineVisibleChanged();
+    void alertMessageChanged();
+    void showAlertChanged();
+
+    // The two request channels towards the editor page.
+    void headingScrollRequest(const QString &headingId);
+    void snippetInsertRequest(const QString &snippet);
+
+private:
+    void restoreLastSession();
+    void presentAlert(const QString &prefix, const FileError &error);
+    void setRootURL(const QUrl &url);
+    void setRootItem(const std::optional<FileItem> &item);
+    void setSelectedFileURL(const QUrl &url);
+    void setCurrentDocument(const std::optional<EditorDocument> &document);
+    void setRecentFolderPaths(const QStringList &paths);
+    void setSearchQuery(const QString &query);
+    void setSearchResults(const QList<FileSearchResults> &results);
+    void setSearching(bool searching);
+    void setAlertMessage(const QString &message);
+    void storeSetting(const QString &key, const QVariant &value);
+
+    std::unique_ptr<QSettings> m_settings;
+    const FileSystemService m_fileSystemService;
+
+    QUrl m_rootURL;
+    std::optional<FileItem> m_rootItem;
+    QUrl m_selectedFileURL;
+    std::optional<EditorDocument> m_currentDocument;
+    QStringList m_recentFolderPaths;
+    SidebarMode::Value m_sidebarMode = SidebarMode::Explorer;
+    QString m_searchQuery;
+    QList<FileSearchResults> m_searchResults;
+    bool m_isSearching = false;
+    QString m_fileFilterQuery;
+    bool m_isOutlineVisible = true;
+    std::optional<QString> m_alertMessage;
+    bool m_showAlert = false;
+};

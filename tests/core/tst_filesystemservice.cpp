@@ -1,0 +1,193 @@
+#include "model/FileUrl.h"
+#include "services/FileSystemService.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cerrno>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Makes files (and their folders) below `root`; a path ending in "/" makes a folder.
+void make(const QString &root, const QStringList &paths)
+{
+    for (const QString &path : paths) {
+        const QString full = root + u'/' + path;
+        if (path.endsWith(u'/')) {
+            QVERIFY(QDir().mkpath(full));
+            continue;
+        }
+        QVERIFY(QDir().mkpath(QFileInfo(full).path()));
+        QFile file(full);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("# x\n");
+    }
+}
+
+QStringList names(const QList<FileItem> &items)
+{
+    QStringList list;
+    for (const FileItem &item : items)
+        list.append(item.name());
+    return list;
+}
+
+QStringList relative(const QString &root, const QList<QUrl> &urls)
+{
+    QStringList list;
+    for (const QUrl &url : urls)
+        list.append(FileUrl::path(url).mid(root.size() + 1));
+    return list;
+}
+
+} // namespace
+
+class TestFileSystemService : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void skipsHiddenAndIgnoredEntries()
+    {
+        QTemporaryDir dir;
+        make(dir.path(),
+             {u".git/config"_s, u"node_modules/x/README.md"_s, u"dist/a.md"_s, u".env"_s,
+              u"README.md"_s, u".build/"_s, u".gemini/"_s, u".claude/"_s, u".vscode/"_s,
+              u".idea/"_s, u".hidden.md"_s});
+        const FileItem root = FileSystemService().scanDirectory(QUrl::fromLocalFile(dir.path()));
+        QCOMPARE(names(root.children()), QStringList {u"README.md"_s});
+
+        // The names are matched exactly, files included.
+        QTemporaryDir other;
+        make(other.path(), {u"dist"_s, u"Dist/a.md"_s, u"Node_Modules/"_s, u"distant.md"_s});
+        const FileItem tree = FileSystemService().scanDirectory(QUrl::fromLocalFile(other.path()));
+        QCOMPARE(names(tree.children()),
+                 (QStringList {u"Dist"_s, u"Node_Modules"_s, u"distant.md"_s}));
+    }
+
+    void ordersFoldersFirstThenNaturally()
+    {
+        QTemporaryDir dir;
+        make(dir.path(), {u"b/"_s, u"A"_s, u"file10.md"_s, u"file2.md"_s});
+        const FileItem root = FileSystemService().scanDirectory(QUrl::fromLocalFile(dir.path()));
+        QCOMPARE(names(root.children()),
+                 (QStringList {u"b"_s, u"A"_s, u"file2.md"_s, u"file10.md"_s}));
+
+        // Accents and case do not push a name to the end as byte order would.
+        QTemporaryDir mixed;
+        make(mixed.path(),
+             {u"zèbre.md"_s, u"école.md"_s, u"Eau.md"_s, u"v1.10.md"_s, u"v1.9.md"_s, u"Zoo/"_s,
+              u"alpha/"_s});
+        const FileItem tree = FileSystemService().scanDirectory(QUrl::fromLocalFile(mixed.path()));
+        QCOMPARE(names(tree.children()),
+                 (QStringList {u"alpha"_s, u"Zoo"_s, u"Eau.md"_s, u"école.md"_s, u"v1.9.md"_s,
+                               u"v1.10.md"_s, u"zèbre.md"_s}));
+    }
+
+    void keepsEveryFolderAndBuildsNodes()
+    {
+        QTemporaryDir dir;
+        make(dir.path(), {u"empty/"_s, u"pictures/a.png"_s, u"docs/guide/x.md"_s});
+        const QUrl rootUrl = FileUrl::fromPath(dir.path());
+        const FileItem root = FileSystemService().scanDirectory(rootUrl);
+        QCOMPARE(root.id(), dir.path());
+        QCOMPARE(root.url(), rootUrl);
+        QCOMPARE(root.name(), QFileInfo(dir.path()).fileName());
+        QCOMPARE(names(root.children()), (QStringList {u"docs"_s, u"empty"_s, u"pictures"_s}));
+
+        const FileItem &empty = root.children().at(1);
+        QVERIFY(empty.isDirectory());
+        QVERIFY(empty.hasChildren());
+        QVERIFY(empty.children().isEmpty());
+        QCOMPARE(empty.url(), QUrl::fromLocalFile(dir.path() + u"/empty/"_s));
+
+        const FileItem &guide = root.children().at(0).children().at(0);
+        QCOMPARE(guide.id(), dir.path() + u"/docs/guide"_s);
+        const FileItem &doc = guide.children().at(0);
+        QCOMPARE(doc.id(), dir.path() + u"/docs/guide/x.md"_s);
+        QCOMPARE(doc.url(), QUrl::fromLocalFile(doc.id()));
+        QVERIFY(!doc.isDirectory());
+        QVERIFY(!doc.hasChildren());
+
+        // A plain file scans to a file node without children.
+        const FileItem file = FileSystemService().scanDirectory(doc.url());
+        QVERIFY(!file.isDirectory());
+        QVERIFY(!file.hasChildren());
+        QCOMPARE(file.name(), u"x.md"_s);
+    }
+
+    void openedRootIsNeverFiltered()
+    {
+        QTemporaryDir dir;
+        make(dir.path(), {u"dist/a.md"_s, u".git/b.md"_s});
+        for (const QString &name : {u"dist"_s, u".git"_s}) {
+            const FileItem root
+                = FileSystemService().scanDirectory(QUrl::fromLocalFile(dir.filePath(name)));
+            QCOMPARE(root.children().size(), 1);
+        }
+    }
+
+    void linksAreNeverFollowed()
+    {
+        QTemporaryDir dir;
+        make(dir.path(), {u"real/inner.md"_s, u"target.md"_s});
+        QVERIFY(QFile::link(dir.path(), dir.filePath(u"real/loop"_s)));
+        QVERIFY(QFile::link(dir.filePath(u"real"_s), dir.filePath(u"folderlink"_s)));
+        QVERIFY(QFile::link(dir.filePath(u"target.md"_s), dir.filePath(u"filelink.md"_s)));
+        QVERIFY(QFile::link(dir.filePath(u"nowhere"_s), dir.filePath(u"dangling.md"_s)));
+
+        const FileItem root = FileSystemService().scanDirectory(QUrl::fromLocalFile(dir.path()));
+        QCOMPARE(names(root.children()),
+                 (QStringList {u"real"_s, u"dangling.md"_s, u"filelink.md"_s, u"folderlink"_s,
+                               u"target.md"_s}));
+        const FileItem &folderLink = root.children().at(3);
+        QVERIFY(!folderLink.isDirectory());
+        QVERIFY(!folderLink.hasChildren());
+        const FileItem &loop = root.children().at(0).children().at(1);
+        QCOMPARE(loop.name(), u"loop"_s);
+        QVERIFY(!loop.isDirectory());
+    }
+
+    void unreadableFoldersAreEmpty()
+    {
+        const FileSystemService service;
+        QVERIFY(service.loadContents(u"/nonexistent/pagewell/folder"_s).isEmpty());
+        if (::geteuid() == 0)
+            QSKIP("permissions do not stop root");
+        QTemporaryDir dir;
+        make(dir.path(), {u"locked/a.md"_s});
+        QVERIFY(QFile::setPermissions(dir.filePath(u"locked"_s), QFileDevice::WriteOwner));
+        const FileItem root = service.scanDirectory(QUrl::fromLocalFile(dir.path()));
+        QVERIFY(root.children().at(0).hasChildren());
+        QVERIFY(root.children().at(0).children().isEmpty());
+        QFile::setPermissions(dir.filePath(u"locked"_s),
+                              QFileDevice::ReadOwner | QFileDevice::WriteOwner
+                                  | QFileDevice::ExeOwner);
+    }
+
+    void collectsDocumentsInTreeOrder()
+    {
+        QTemporaryDir dir;
+        make(dir.path(),
+             {u"docs/a.md"_s, u"docs/img/x.svg"_s, u"docs/notes.txt"_s, u"b.excalidraw"_s,
+              u"c.MARKDOWN"_s, u"d.mdx"_s});
+        const FileSystemService service;
+        const FileItem root = service.scanDirectory(QUrl::fromLocalFile(dir.path()));
+        QCOMPARE(relative(dir.path(), service.collectDocumentURLs(root)),
+                 (QStringList {u"docs/img/x.svg"_s, u"docs/a.md"_s, u"b.excalidraw"_s,
+                               u"c.MARKDOWN"_s}));
+        QCOMPARE(service.collectDocumentPaths(root).size(), 4);
+        QVERIFY(
+            service
+                .collectDocumentURLs(FileItem(u"/w"_s, QUrl::fromLocalFile(u"/w/"_s), u"w"_s, true))
+                .isEmpty());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestFileSystemService)
+#include "tst_filesystemservice.moc"

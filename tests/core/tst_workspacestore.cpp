@@ -1,0 +1,383 @@
+#include "model/FileUrl.h"
+#include "workspace/WorkspaceStore.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSignalSpy>
+#include <QSize>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+void writeFile(const QString &path, const QByteArray &bytes)
+{
+    QVERIFY(QDir().mkpath(QFileInfo(path).path()));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write(bytes);
+}
+
+QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QUrl fileUrl(const QString &path)
+{
+    return QUrl::fromLocalFile(path);
+}
+
+} // namespace
+
+class TestWorkspaceStore : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_scratch;
+    int m_settingsCount = 0;
+    QString m_settingsPath;
+
+    // A store on its own preferences file, as a fresh launch would make it.
+    std::unique_ptr<WorkspaceStore> launch()
+    {
+        return std::make_unique<WorkspaceStore>(
+            std::make_unique<QSettings>(m_settingsPath, QSettings::IniFormat));
+    }
+
+    QSettings settings() const { return QSettings(m_settingsPath, QSettings::IniFormat); }
+
+    // A new folder with the given files (each holding its own name as a heading).
+    QString folder(const QStringList &files)
+    {
+        const QString path = m_scratch.filePath(u"f%1"_s.arg(++m_settingsCount));
+        QDir().mkpath(path);
+        for (const QString &file : files)
+            writeFile(path + u'/' + file, "# " + file.toUtf8() + '\n');
+        return path;
+    }
+
+    QString selectedPath(const WorkspaceStore &store) const
+    {
+        return FileUrl::path(store.selectedFileURL());
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        m_settingsPath = m_scratch.filePath(u"settings-%1.ini"_s.arg(++m_settingsCount));
+    }
+
+    void startsEmpty()
+    {
+        auto store = launch();
+        QVERIFY(store->rootURL().isEmpty());
+        QVERIFY(!store->rootItem());
+        QVERIFY(!store->currentDocument());
+        QVERIFY(store->recentFolderPaths().isEmpty());
+        QCOMPARE(store->sidebarMode(), SidebarMode::Explorer);
+        QVERIFY(store->isOutlineVisible());
+        QVERIFY(!store->showAlert());
+        QVERIFY(!store->optionalAlertMessage());
+        QVERIFY(!store->isSearching());
+
+        // Nothing to rescan without a folder.
+        QSignalSpy rootItem(store.get(), &WorkspaceStore::rootItemChanged);
+        store->reloadCurrentFolder();
+        QCOMPARE(rootItem.count(), 0);
+    }
+
+    void recentFoldersMoveToTheFrontAndPersist()
+    {
+        auto store = launch();
+        QStringList folders;
+        for (int i = 0; i < 11; ++i)
+            folders.append(folder({}));
+        store->openFolder(fileUrl(folders[0]));
+        store->openFolder(fileUrl(folders[1]));
+        QCOMPARE(store->recentFolderPaths(), (QStringList {folders[1], folders[0]}));
+
+        QSignalSpy recents(store.get(), &WorkspaceStore::recentFolderPathsChanged);
+        store->openFolder(fileUrl(folders[1]));
+        QCOMPARE(store->recentFolderPaths(), (QStringList {folders[1], folders[0]}));
+        QCOMPARE(recents.count(), 1); // assigned again, even though equal
+        store->openFolder(fileUrl(folders[0]));
+        QCOMPARE(store->recentFolderPaths(), (QStringList {folders[0], folders[1]}));
+
+        for (int i = 2; i < 11; ++i)
+            store->openFolder(fileUrl(folders[i]));
+        QCOMPARE(store->recentFolderPaths().size(), 10);
+        QCOMPARE(store->recentFolderPaths().first(), folders[10]);
+        QVERIFY(store->recentFolderPaths().contains(folders[0]));
+        QVERIFY(!store->recentFolderPaths().contains(folders[1])); // the oldest one went
+        QCOMPARE(settings().value(WorkspaceStore::recentsKey).toStringList(),
+                 store->recentFolderPaths());
+        QCOMPARE(settings().value(WorkspaceStore::lastFolderKey).toString(), folders[10]);
+    }
+
+    void recentPathsCompareAsText()
+    {
+        const QString path = folder({});
+        settings().setValue(WorkspaceStore::recentsKey,
+                            QStringList {path + u'/', u"/x/other"_s, u"/x/other"_s});
+        auto store = launch();
+        QCOMPARE(store->recentFolderPaths().size(), 3);
+        store->openFolder(fileUrl(path));
+        QCOMPARE(store->recentFolderPaths(),
+                 (QStringList {path, path + u'/', u"/x/other"_s, u"/x/other"_s}));
+
+        // A value that is not a list of strings reads as an empty list.
+        settings().remove(WorkspaceStore::lastFolderKey);
+        settings().setValue(WorkspaceStore::recentsKey, QSize(1, 2));
+        QCOMPARE(launch()->recentFolderPaths(), QStringList());
+    }
+
+    void opensTheReadmeOrTheFirstDocument()
+    {
+        auto store = launch();
+        const QString withReadme = folder({u"docs/guide.md"_s, u"ReadMe.MD"_s, u"a.md"_s});
+        store->openFolder(fileUrl(withReadme));
+        QCOMPARE(selectedPath(*store), withReadme + u"/ReadMe.MD"_s);
+        QCOMPARE(store->currentDocument()->content, u"# ReadMe.MD\n"_s);
+        QVERIFY(!store->currentDocument()->isDirty);
+        QVERIFY(store->currentDocument()->headings.isEmpty());
+        QCOMPARE(settings().value(WorkspaceStore::lastFileKey).toString(),
+                 withReadme + u"/ReadMe.MD"_s);
+
+        const QString markdownReadme = folder({u"README.markdown"_s, u"docs/sub.md"_s});
+        store->openFolder(fileUrl(markdownReadme));
+        QCOMPARE(selectedPath(*store), markdownReadme + u"/docs/sub.md"_s);
+
+        // A preferred file wins; a missing one falls back to the readme rule.
+        store->openFolder(fileUrl(withReadme), fileUrl(withReadme + u"/a.md"_s));
+        QCOMPARE(selectedPath(*store), withReadme + u"/a.md"_s);
+        store->openFolder(fileUrl(withReadme), fileUrl(withReadme + u"/gone.md"_s));
+        QCOMPARE(selectedPath(*store), withReadme + u"/ReadMe.MD"_s);
+    }
+
+    void preferredFolderOpensNothing()
+    {
+        auto store = launch();
+        const QString path = folder({u"README.md"_s, u"sub/x.md"_s});
+        store->openFolder(fileUrl(path), FileUrl::fromPath(path + u"/sub"_s));
+        QCOMPARE(store->rootURL(), fileUrl(path));
+        QVERIFY(store->rootItem());
+        QVERIFY(!store->currentDocument());
+        QVERIFY(store->selectedFileURL().isEmpty());
+        QVERIFY(!store->showAlert());
+    }
+
+    void emptyFolderKeepsThePreviousDocument()
+    {
+        auto store = launch();
+        const QString first = folder({u"a.md"_s});
+        store->openFolder(fileUrl(first));
+        const QString empty = folder({u"image.png"_s});
+        store->openFolder(fileUrl(empty));
+        QCOMPARE(store->rootURL(), fileUrl(empty));
+        QCOMPARE(store->rootItem()->children().size(), 1);
+        QCOMPARE(selectedPath(*store), first + u"/a.md"_s);
+        QCOMPARE(store->currentDocument()->content, u"# a.md\n"_s);
+    }
+
+    void restoresTheLastSession()
+    {
+        const QString docs = folder({u"README.md"_s, u"b.md"_s});
+        const QString elsewhere = folder({u"outside.md"_s});
+        {
+            auto store = launch();
+            store->openFolder(fileUrl(docs));
+            store->openFile(fileUrl(elsewhere + u"/outside.md"_s));
+            store->clearRecentFolders();
+            QVERIFY(store->recentFolderPaths().isEmpty());
+            QVERIFY(!settings().contains(WorkspaceStore::recentsKey));
+            QCOMPARE(settings().value(WorkspaceStore::lastFolderKey).toString(), docs);
+        }
+        // The outside file comes back selected, though it is not in the tree.
+        auto store = launch();
+        QCOMPARE(store->rootURL(), fileUrl(docs));
+        QCOMPARE(selectedPath(*store), elsewhere + u"/outside.md"_s);
+        QCOMPARE(store->currentDocument()->content, u"# outside.md\n"_s);
+        QCOMPARE(store->recentFolderPaths(), QStringList {docs});
+
+        // A last file that vanished gives way to the readme.
+        QFile::remove(elsewhere + u"/outside.md"_s);
+        QCOMPARE(selectedPath(*launch()), docs + u"/README.md"_s);
+    }
+
+    void vanishedLastFolderOpensNothing()
+    {
+        const QString docs = folder({u"README.md"_s});
+        launch()->openFolder(fileUrl(docs));
+        QVERIFY(QDir(docs).removeRecursively());
+        {
+            auto store = launch();
+            QVERIFY(store->rootURL().isEmpty());
+            QVERIFY(!store->currentDocument());
+        }
+        writeFile(docs, "now a file");
+        auto store = launch();
+        QVERIFY(store->rootURL().isEmpty());
+        QCOMPARE(settings().value(WorkspaceStore::lastFolderKey).toString(), docs);
+        QCOMPARE(settings().value(WorkspaceStore::lastFileKey).toString(), docs + u"/README.md"_s);
+        QCOMPARE(store->recentFolderPaths(), QStringList {docs});
+    }
+
+    void openFileFailuresAndNoOps()
+    {
+        auto store = launch();
+        const QString path = folder({u"a.md"_s});
+        writeFile(path + u"/latin.md"_s, "Caf\xE9 cr\xE8me\n");
+        store->openFolder(fileUrl(path));
+        const std::optional<EditorDocument> before = store->currentDocument();
+
+        QStringList order;
+        connect(store.get(), &WorkspaceStore::alertMessageChanged, this,
+                [&order] { order.append(u"message"_s); });
+        connect(store.get(), &WorkspaceStore::showAlertChanged, this,
+                [&order] { order.append(u"show"_s); });
+        store->openFile(fileUrl(path + u"/latin.md"_s));
+        QCOMPARE(order, (QStringList {u"message"_s, u"show"_s}));
+        QVERIFY(store->showAlert());
+        QVERIFY(store->alertMessage().startsWith(u"Impossible de lire le fichier: Le fichier "));
+        QVERIFY(store->alertMessage().contains(u"UTF-8"));
+        QCOMPARE(store->currentDocument(), before);
+        QCOMPARE(selectedPath(*store), path + u"/a.md"_s);
+        QCOMPARE(settings().value(WorkspaceStore::lastFileKey).toString(), path + u"/a.md"_s);
+
+        // A folder URL is not a document: nothing happens, not even an alert.
+        store->setShowAlert(false);
+        QSignalSpy message(store.get(), &WorkspaceStore::alertMessageChanged);
+        QSignalSpy document(store.get(), &WorkspaceStore::currentDocumentChanged);
+        store->openFile(FileUrl::fromPath(path));
+        QCOMPARE(message.count(), 0);
+        QCOMPARE(document.count(), 0);
+        QVERIFY(!store->showAlert());
+    }
+
+    void editsAreStickyAndSurviveReopening()
+    {
+        auto store = launch();
+        const QString path = folder({u"a.md"_s, u"b.md"_s});
+        store->openFolder(fileUrl(path));
+        const QString original = store->currentDocument()->content;
+
+        QSignalSpy changes(store.get(), &WorkspaceStore::currentDocumentChanged);
+        store->updateDocumentContent(original);
+        QCOMPARE(changes.count(), 0); // the same text: no notification
+        QVERIFY(!store->currentDocument()->isDirty);
+
+        store->updateDocumentContent(original + u'x');
+        QCOMPARE(changes.count(), 1);
+        store->updateDocumentContent(original);
+        QCOMPARE(changes.count(), 2);
+        QVERIFY(store->currentDocument()->isDirty); // typed and deleted: still modified
+
+        store->updateDocumentContent(u"edited"_s);
+        store->openFile(fileUrl(path + u"/a.md"_s)); // the open file: edits kept
+        QCOMPARE(store->currentDocument()->content, u"edited"_s);
+
+        store->openFile(fileUrl(path + u"/b.md"_s)); // another file: edits dropped, clean
+        QCOMPARE(store->currentDocument()->content, u"# b.md\n"_s);
+        QVERIFY(!store->currentDocument()->isDirty);
+        QCOMPARE(readFile(path + u"/a.md"_s), QByteArray("# a.md\n"));
+    }
+
+    void headingsPublishWithoutDirtying()
+    {
+        auto store = launch();
+        store->updateHeadings({{u"h"_s, 1, u"T"_s}}); // no document: ignored
+        store->updateDocumentContent(u"x"_s);
+        store->saveCurrentDocument();
+        QVERIFY(!store->currentDocument());
+
+        store->openFolder(fileUrl(folder({u"a.md"_s})));
+        const QList<HeadingItem> headings {{u"h-1"_s, 1, u"Titre"_s}, {u"h-2"_s, 2, u"Sous"_s}};
+        QSignalSpy changes(store.get(), &WorkspaceStore::currentDocumentChanged);
+        store->updateHeadings(headings);
+        store->updateHeadings(headings);
+        QCOMPARE(changes.count(), 2);
+        QCOMPARE(store->currentDocument()->headings, headings);
+        QVERIFY(!store->currentDocument()->isDirty);
+    }
+
+    void savingWritesExactlyTheText()
+    {
+        auto store = launch();
+        const QString path = folder({});
+        const QByteArray bytes("\xEF\xBB\xBF# Titre\r\n\r\n\tCaf\xC3\xA9  \r\nfin sans saut");
+        writeFile(path + u"/doc.md"_s, bytes);
+        store->openFolder(fileUrl(path));
+        const QDateTime opened = store->currentDocument()->lastModified;
+
+        // Unedited: the same bytes go back.
+        QTest::qWait(5);
+        store->saveCurrentDocument();
+        QCOMPARE(readFile(path + u"/doc.md"_s), bytes);
+        QVERIFY(store->currentDocument()->lastModified > opened);
+
+        QString edited = store->currentDocument()->content;
+        edited.replace(u"fin"_s, u"début"_s);
+        store->updateDocumentContent(edited);
+        store->saveCurrentDocument();
+        QVERIFY(!store->currentDocument()->isDirty);
+        QCOMPARE(readFile(path + u"/doc.md"_s),
+                 QByteArray("\xEF\xBB\xBF# Titre\r\n\r\n\tCaf\xC3\xA9  \r\nd\xC3\xA9"
+                            "but sans saut"));
+        QVERIFY(!store->showAlert());
+    }
+
+    void saveIntoDeletedFolderKeepsTheEdits()
+    {
+        auto store = launch();
+        const QString root = folder({u"sub/a.md"_s});
+        store->openFolder(fileUrl(root));
+        store->updateDocumentContent(u"edited"_s);
+        QVERIFY(QDir(root + u"/sub"_s).removeRecursively());
+
+        store->saveCurrentDocument();
+        QVERIFY(store->showAlert());
+        QVERIFY(store->alertMessage().startsWith(u"Erreur d'enregistrement: "));
+        QVERIFY(store->alertMessage().contains(u"n'existe pas"));
+        QVERIFY(store->currentDocument()->isDirty);
+        QCOMPARE(store->currentDocument()->content, u"edited"_s);
+        QVERIFY(!QFileInfo::exists(root + u"/sub"_s));
+    }
+
+    void requestChannelsReachOnlyPresentReceivers()
+    {
+        auto store = launch();
+        store->requestHeadingScroll(u"early"_s);
+        QSignalSpy scroll(store.get(), &WorkspaceStore::headingScrollRequest);
+        QSignalSpy insert(store.get(), &WorkspaceStore::snippetInsertRequest);
+        store->requestHeadingScroll(u"h-2"_s);
+        store->requestSnippetInsert(u"**gras**"_s);
+        QCOMPARE(scroll.count(), 1);
+        QCOMPARE(scroll.at(0).at(0).toString(), u"h-2"_s);
+        QCOMPARE(insert.at(0).at(0).toString(), u"**gras**"_s);
+    }
+
+    void everyAssignmentNotifies()
+    {
+        auto store = launch();
+        store->openFolder(fileUrl(folder({u"a.md"_s})));
+        QSignalSpy rootItem(store.get(), &WorkspaceStore::rootItemChanged);
+        QSignalSpy outline(store.get(), &WorkspaceStore::isOutlineVisibleChanged);
+        QSignalSpy mode(store.get(), &WorkspaceStore::sidebarModeChanged);
+        const FileItem tree = *store->rootItem();
+        store->reloadCurrentFolder();
+        store->setOutlineVisible(true);
+        store->setSidebarMode(SidebarMode::Explorer);
+        QCOMPARE(rootItem.count(), 1);
+        QCOMPARE(*store->rootItem(), tree);
+        QCOMPARE(outline.count(), 1);
+        QCOMPARE(mode.count(), 1);
+        QVERIFY(store->rootItemValue().value<FileItem>() == tree);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestWorkspaceStore)
+#include "tst_workspacestore.moc"
