@@ -1,14 +1,22 @@
 // Drives Pagewell's own services the way the application does, for benchmarks and for scripts
 // that compare results.
-//   pagewell-bench scan DIR [--repeat N]   entries in the sorted tree and the median scan time
+//   pagewell-bench scan DIR [--repeat N]
+//       entries in the sorted tree and the median time to scan it
+//   pagewell-bench search DIR QUERY [--engine bytes|unicode] [--repeat N] [--quiet]
+//       every hit as relativePath<TAB>lineNumber<TAB>lineContent, files in result order, then
+//       the hit and file counts (and the median time with --repeat)
 #include "services/FileSystemService.h"
+#include "services/SearchService.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QStringEncoder>
 #include <QTextStream>
 #include <QUrl>
 
 #include <algorithm>
+#include <charconv>
+#include <cstdio>
 #include <vector>
 
 namespace {
@@ -40,6 +48,68 @@ int scan(const QString &dir, int repeat)
     return 0;
 }
 
+int search(const QString &dir, const QString &query, SearchService::Engine engine, int repeat,
+           bool quiet)
+{
+    const QUrl url = QUrl::fromLocalFile(dir);
+    const FileItem root = FileSystemService().scanDirectory(url);
+    const SearchService service(engine);
+    std::vector<double> times;
+    QList<FileSearchResults> results;
+    for (int i = 0; i < repeat; ++i) {
+        QElapsedTimer timer;
+        timer.start();
+        results = service.search(query, root, url);
+        times.push_back(double(timer.nsecsElapsed()) / 1e6);
+    }
+    // Written as UTF-8 straight into one block buffer, whatever the locale.
+    QByteArray out;
+    out.reserve(1 << 17);
+    const auto flush = [&out] {
+        std::fwrite(out.constData(), 1, size_t(out.size()), stdout);
+        out.clear();
+    };
+    QStringEncoder utf8(QStringEncoder::Utf8);
+    const auto append = [&out, &utf8](QStringView text) {
+        const qsizetype used = out.size();
+        out.resize(used + utf8.requiredSpace(text.size()));
+        char *end = utf8.appendToBuffer(out.data() + used, text);
+        out.truncate(end - out.constData());
+    };
+    qsizetype hits = 0;
+    for (const FileSearchResults &file : results) {
+        hits += file.matches.size();
+        if (quiet)
+            continue;
+        for (const SearchResult &hit : file.matches) {
+            append(file.relativePath);
+            out += '\t';
+            char number[16];
+            out.append(number,
+                       std::to_chars(number, number + sizeof number, hit.lineNumber).ptr - number);
+            out += '\t';
+            append(hit.lineContent);
+            out += '\n';
+            if (out.size() > 1 << 16)
+                flush();
+        }
+    }
+    out += "hits\t" + QByteArray::number(hits) + "\nfiles\t" + QByteArray::number(results.size())
+        + '\n';
+    if (repeat > 1) {
+        std::sort(times.begin(), times.end());
+        out += "median_ms\t" + QByteArray::number(times[times.size() / 2]) + '\n';
+    }
+    flush();
+    return 0;
+}
+
+int intOption(const QStringList &args, const QString &name, int fallback)
+{
+    const qsizetype at = args.indexOf(name);
+    return at > 0 && at + 1 < args.size() ? std::max(1, args.at(at + 1).toInt()) : fallback;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -47,13 +117,18 @@ int main(int argc, char *argv[])
     QCoreApplication app(argc, argv);
     const QStringList args = QCoreApplication::arguments();
     QTextStream err(stderr);
-    if (args.size() >= 3 && args.at(1) == u"scan") {
-        int repeat = 1;
-        const qsizetype at = args.indexOf(QStringLiteral("--repeat"));
-        if (at > 0 && at + 1 < args.size())
-            repeat = std::max(1, args.at(at + 1).toInt());
+    const int repeat = intOption(args, QStringLiteral("--repeat"), 1);
+    if (args.size() >= 3 && args.at(1) == u"scan")
         return scan(args.at(2), repeat);
+    if (args.size() >= 4 && args.at(1) == u"search") {
+        const qsizetype at = args.indexOf(QStringLiteral("--engine"));
+        const bool unicode = at > 0 && at + 1 < args.size() && args.at(at + 1) == u"unicode";
+        return search(args.at(2), args.at(3),
+                      unicode ? SearchService::Engine::Unicode : SearchService::Engine::Bytes,
+                      repeat, args.contains(QStringLiteral("--quiet")));
     }
-    err << "usage: pagewell-bench scan DIR [--repeat N]\n";
+    err << "usage: pagewell-bench scan DIR [--repeat N]\n"
+           "       pagewell-bench search DIR QUERY [--engine bytes|unicode] [--repeat N] "
+           "[--quiet]\n";
     return 2;
 }

@@ -18,6 +18,8 @@ public:
 
     int compare(QStringView a, QStringView b) const { return m_collator.compare(a, b); }
     bool lessThan(QStringView a, QStringView b) const { return compare(a, b) < 0; }
+    // Keys that compare as the names do, for sorting long lists.
+    QCollatorSortKey sortKey(const QString &name) const { return m_collator.sortKey(name); }
 
 private:
     QCollator m_collator;

@@ -5,6 +5,8 @@
 
 #include <QDateTime>
 #include <QFileInfo>
+#include <QFutureWatcher>
+#include <QtConcurrent>
 
 using namespace Qt::StringLiterals;
 
@@ -36,13 +38,19 @@ QStringList stringList(const QVariant &value)
 } // namespace
 
 WorkspaceStore::WorkspaceStore(std::unique_ptr<QSettings> settings, QObject *parent)
-    : QObject(parent), m_settings(std::move(settings))
+    : QObject(parent),
+      m_settings(std::move(settings)),
+      m_searchService(std::make_shared<const SearchService>())
 {
     m_recentFolderPaths = stringList(m_settings->value(recentsKey));
     restoreLastSession();
 }
 
-WorkspaceStore::~WorkspaceStore() = default;
+WorkspaceStore::~WorkspaceStore()
+{
+    if (m_searchCancelled)
+        *m_searchCancelled = true;
+}
 
 WorkspaceStore *WorkspaceStore::shared()
 {
@@ -175,6 +183,68 @@ void WorkspaceStore::saveCurrentDocument()
     document.isDirty = false;
     document.lastModified = QDateTime::currentDateTime();
     setCurrentDocument(document);
+}
+
+void WorkspaceStore::createNewFile(const QString &name, const QUrl &folder)
+{
+    const QUrl target = folder.isEmpty() ? m_rootURL : folder;
+    if (target.isEmpty())
+        return;
+    const FileResult<QUrl> created = m_fileSystemService.createNewFile(target, name);
+    if (created.error) {
+        presentAlert(u"Erreur lors de la création: "_s, *created.error);
+        return;
+    }
+    reloadCurrentFolder();
+    openFile(created.value);
+}
+
+void WorkspaceStore::deleteFile(const QUrl &url)
+{
+    if (const std::optional<FileError> error = m_fileSystemService.deleteItem(url)) {
+        presentAlert(u"Erreur lors de la suppression: "_s, *error);
+        return;
+    }
+    if (m_selectedFileURL == url) {
+        setSelectedFileURL(QUrl());
+        setCurrentDocument(std::nullopt);
+    }
+    reloadCurrentFolder();
+}
+
+void WorkspaceStore::updateSearch(const QString &query)
+{
+    setSearchQuery(query);
+    if (m_searchCancelled)
+        *m_searchCancelled = true;
+
+    const bool blank
+        = std::all_of(query.begin(), query.end(), [](QChar c) { return c == u' ' || c == u'\t'; });
+    if (!m_rootItem || m_rootURL.isEmpty() || blank) {
+        setSearchResults({});
+        setSearching(false);
+        return;
+    }
+
+    setSearching(true);
+    const auto cancelled = std::make_shared<std::atomic_bool>(false);
+    m_searchCancelled = cancelled;
+    // The search gets its own copy of the tree (cheap: implicitly shared), so a rescan cannot
+    // disturb it.
+    QFuture<QList<FileSearchResults>> future = QtConcurrent::run(
+        [service = m_searchService, query, root = *m_rootItem, rootURL = m_rootURL, cancelled] {
+            return service->search(query, root, rootURL, cancelled.get());
+        });
+    auto *watcher = new QFutureWatcher<QList<FileSearchResults>>(this);
+    connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher, cancelled] {
+        watcher->deleteLater();
+        // Checked here, on the main thread: a superseded search never publishes.
+        if (*cancelled)
+            return;
+        setSearchResults(watcher->result());
+        setSearching(false);
+    });
+    watcher->setFuture(future);
 }
 
 void WorkspaceStore::requestHeadingScroll(const QString &headingId)

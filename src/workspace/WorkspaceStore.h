@@ -6,6 +6,7 @@
 #include "model/HeadingItem.h"
 #include "model/SidebarMode.h"
 #include "services/FileSystemService.h"
+#include "services/SearchService.h"
 
 #include <QList>
 #include <QObject>
@@ -15,6 +16,7 @@
 #include <QUrl>
 #include <QVariant>
 
+#include <atomic>
 #include <memory>
 #include <optional>
 
@@ -93,6 +95,16 @@ public:
     // Writes the open document to its file atomically.
     Q_INVOKABLE void saveCurrentDocument();
 
+    // Creates a document from the typed name in `folder`, or in the open folder, then rescans and
+    // opens it.
+    Q_INVOKABLE void createNewFile(const QString &name, const QUrl &folder = QUrl());
+    // Removes a file or a folder permanently and rescans; deleting the open file closes it.
+    Q_INVOKABLE void deleteFile(const QUrl &url);
+
+    // Records the query and searches the open folder in the background, superseding the search
+    // under way; its results are published here unless a later call superseded it meanwhile.
+    Q_INVOKABLE void updateSearch(const QString &query);
+
     // Asks the editor page to scroll to a heading, or to insert text at the caret. Only
     // receivers connected at that moment get the value.
     Q_INVOKABLE void requestHeadingScroll(const QString &headingId);
@@ -133,6 +145,10 @@ private:
 
     std::unique_ptr<QSettings> m_settings;
     const FileSystemService m_fileSystemService;
+    // Shared with the search under way, which may outlive the store.
+    const std::shared_ptr<const SearchService> m_searchService;
+    // Set to ask the running search to stop; it then publishes nothing.
+    std::shared_ptr<std::atomic_bool> m_searchCancelled;
 
     QUrl m_rootURL;
     std::optional<FileItem> m_rootItem;

@@ -187,6 +187,63 @@ private Q_SLOTS:
                 .collectDocumentURLs(FileItem(u"/w"_s, QUrl::fromLocalFile(u"/w/"_s), u"w"_s, true))
                 .isEmpty());
     }
+
+    void createsDocumentsFromTypedNames()
+    {
+        QTemporaryDir dir;
+        const FileSystemService service;
+        const QUrl folder = FileUrl::fromPath(dir.path());
+        const auto create = [&](const QString &name) -> QString {
+            const FileResult<QUrl> result = service.createNewFile(folder, name);
+            if (!result.ok())
+                return QString();
+            QFile file(FileUrl::path(result.value));
+            file.open(QIODevice::ReadOnly);
+            return FileUrl::lastPathComponent(result.value) + u" = "_s
+                + QString::fromUtf8(file.readAll());
+        };
+        QCOMPARE(create(u"  Guide \n"_s), u"Guide.md = # Guide\n\n"_s);
+        QCOMPARE(create(u"Guide.markdown"_s), u"Guide.markdown = # Guide.markdown\n\n"_s);
+        QCOMPARE(create(u"Notes.MD"_s), u"Notes.MD.md = # Notes.MD\n\n"_s);
+        QCOMPARE(create(u"Notes.txt"_s), u"Notes.txt.md = # Notes.txt\n\n"_s);
+        QCOMPARE(create(u"a.md.md"_s), u"a.md.md = # a\n\n"_s);
+        QCOMPARE(create(u"my.mdfile.md"_s), u"my.mdfile.md = # myfile\n\n"_s);
+        QCOMPARE(create(u"Été"_s), u"Été.md = # Été\n\n"_s);
+
+        // An existing file is replaced without a word.
+        QFile existing(dir.filePath(u"Guide.md"_s));
+        QVERIFY(existing.open(QIODevice::WriteOnly));
+        existing.write("old content");
+        existing.close();
+        QCOMPARE(create(u"Guide"_s), u"Guide.md = # Guide\n\n"_s);
+
+        const FileResult<QUrl> missing
+            = service.createNewFile(QUrl::fromLocalFile(dir.filePath(u"gone"_s)), u"x"_s);
+        QVERIFY(!missing.ok());
+        QCOMPARE(missing.error->code(), ENOENT);
+    }
+
+    void deletesPermanently()
+    {
+        QTemporaryDir dir;
+        make(dir.path(), {u"tree/a/b/c.md"_s, u"tree/d.md"_s, u"keep/e.md"_s, u"single.md"_s});
+        QVERIFY(QFile::link(dir.filePath(u"keep"_s), dir.filePath(u"tree/link"_s)));
+        const FileSystemService service;
+
+        QVERIFY(!service.deleteItem(QUrl::fromLocalFile(dir.filePath(u"single.md"_s))));
+        QVERIFY(!QFileInfo::exists(dir.filePath(u"single.md"_s)));
+
+        // A folder goes with everything in it; a link inside goes, not what it points to.
+        QVERIFY(!service.deleteItem(FileUrl::fromPath(dir.filePath(u"tree"_s))));
+        QVERIFY(!QFileInfo::exists(dir.filePath(u"tree"_s)));
+        QVERIFY(QFileInfo::exists(dir.filePath(u"keep/e.md"_s)));
+
+        const std::optional<FileError> error
+            = service.deleteItem(QUrl::fromLocalFile(dir.filePath(u"single.md"_s)));
+        QVERIFY(error);
+        QCOMPARE(error->code(), ENOENT);
+        QVERIFY(error->localizedDescription().contains(u"single.md"));
+    }
 };
 
 QTEST_GUILESS_MAIN(TestFileSystemService)

@@ -360,6 +360,138 @@ private Q_SLOTS:
         QCOMPARE(insert.at(0).at(0).toString(), u"**gras**"_s);
     }
 
+    void searchPublishesOnlyTheLatestQuery()
+    {
+        auto store = launch();
+        const QString path = folder({});
+        for (int i = 0; i < 40; ++i)
+            writeFile(path + u"/doc%1.md"_s.arg(i), "alpha\nabc\n");
+        store->openFolder(fileUrl(path));
+
+        QSignalSpy results(store.get(), &WorkspaceStore::searchResultsChanged);
+        store->updateSearch(u"a"_s);
+        store->updateSearch(u"ab"_s);
+        QCOMPARE(store->searchQuery(), u"ab"_s);
+        QVERIFY(store->isSearching());
+        QTRY_VERIFY(!store->isSearching());
+        QTest::qWait(50); // the superseded search has long finished too
+        QCOMPARE(results.count(), 1);
+        QCOMPARE(store->searchResults().size(), 40);
+        for (const FileSearchResults &file : store->searchResults()) {
+            QCOMPARE(file.matches.size(), 1);
+            QCOMPARE(file.matches.at(0).matchTerm, u"ab"_s);
+            QCOMPARE(file.matches.at(0).lineNumber, 2);
+        }
+
+        // A rescan leaves the results alone.
+        store->reloadCurrentFolder();
+        QCOMPARE(store->searchResults().size(), 40);
+        QCOMPARE(results.count(), 1);
+    }
+
+    void clearingStopsTheRunningSearch()
+    {
+        auto store = launch();
+        store->openFolder(fileUrl(folder({u"a.md"_s, u"b.md"_s})));
+        QSignalSpy results(store.get(), &WorkspaceStore::searchResultsChanged);
+        store->updateSearch(u"md"_s);
+        QVERIFY(store->isSearching());
+        store->updateSearch(u" \t "_s); // blank: cleared at once
+        QVERIFY(!store->isSearching());
+        QVERIFY(store->searchResults().isEmpty());
+        QCOMPARE(results.count(), 1);
+        QTest::qWait(100);
+        QCOMPARE(results.count(), 1); // the late result was dropped
+        QVERIFY(!store->isSearching());
+
+        // A line break alone is not blank: it searches (and finds nothing).
+        store->updateSearch(u"\n"_s);
+        QVERIFY(store->isSearching());
+        QTRY_VERIFY(!store->isSearching());
+        QCOMPARE(results.count(), 2);
+    }
+
+    void searchWithoutFolderOnlyRecordsTheQuery()
+    {
+        auto store = launch();
+        QSignalSpy searching(store.get(), &WorkspaceStore::isSearchingChanged);
+        store->updateSearch(u"x"_s);
+        QCOMPARE(store->searchQuery(), u"x"_s);
+        QVERIFY(store->searchResults().isEmpty());
+        QVERIFY(!store->isSearching());
+        QCOMPARE(searching.count(), 1);
+    }
+
+    void createsAndOpensNewDocuments()
+    {
+        auto store = launch();
+        store->createNewFile(u"untitled.md"_s); // no folder: nothing happens
+        QVERIFY(!store->currentDocument());
+
+        const QString path = folder({u"README.md"_s, u"sub/x.md"_s});
+        store->openFolder(fileUrl(path));
+        store->createNewFile(u"untitled.md"_s);
+        const QString created = path + u"/untitled.md"_s;
+        QCOMPARE(readFile(created), QByteArray("# untitled\n\n"));
+        QCOMPARE(selectedPath(*store), created);
+        QCOMPARE(store->currentDocument()->content, u"# untitled\n\n"_s);
+        QVERIFY(store->rootItem()->children().size() == 3);
+
+        // The same name again rewrites the file, but the open document stays as it is.
+        store->updateDocumentContent(u"edited"_s);
+        store->createNewFile(u"untitled.md"_s);
+        QCOMPARE(readFile(created), QByteArray("# untitled\n\n"));
+        QCOMPARE(store->currentDocument()->content, u"edited"_s);
+        QVERIFY(store->currentDocument()->isDirty);
+
+        // In a chosen folder, with the typed name.
+        store->createNewFile(u"  Guide "_s, FileUrl::fromPath(path + u"/sub"_s));
+        QCOMPARE(selectedPath(*store), path + u"/sub/Guide.md"_s);
+
+        // Into a folder that is gone: the alert, and no rescan.
+        QSignalSpy rescans(store.get(), &WorkspaceStore::rootItemChanged);
+        store->createNewFile(u"x"_s, fileUrl(path + u"/gone"_s));
+        QVERIFY(store->showAlert());
+        QVERIFY(store->alertMessage().startsWith(u"Erreur lors de la création: "));
+        QCOMPARE(rescans.count(), 0);
+    }
+
+    void deletionKeepsSelectionConsistent()
+    {
+        auto store = launch();
+        const QString path = folder({u"README.md"_s, u"other.md"_s, u"sub/inner.md"_s});
+        store->openFolder(fileUrl(path));
+
+        store->deleteFile(fileUrl(path + u"/other.md"_s));
+        QCOMPARE(selectedPath(*store), path + u"/README.md"_s);
+        QVERIFY(store->currentDocument());
+        QCOMPARE(store->rootItem()->children().size(), 2);
+
+        QStringList order;
+        connect(store.get(), &WorkspaceStore::selectedFileURLChanged, this,
+                [&order] { order.append(u"selection"_s); });
+        connect(store.get(), &WorkspaceStore::currentDocumentChanged, this,
+                [&order] { order.append(u"document"_s); });
+        store->deleteFile(store->selectedFileURL());
+        QCOMPARE(order, (QStringList {u"selection"_s, u"document"_s}));
+        QVERIFY(store->selectedFileURL().isEmpty());
+        QVERIFY(!store->currentDocument());
+        QVERIFY(!QFileInfo::exists(path + u"/README.md"_s));
+
+        // Deleting the folder of the open file keeps the document open.
+        store->openFile(fileUrl(path + u"/sub/inner.md"_s));
+        store->deleteFile(FileUrl::fromPath(path + u"/sub"_s));
+        QCOMPARE(selectedPath(*store), path + u"/sub/inner.md"_s);
+        QVERIFY(store->currentDocument());
+        QVERIFY(store->rootItem()->children().isEmpty());
+
+        QSignalSpy rescans(store.get(), &WorkspaceStore::rootItemChanged);
+        store->deleteFile(fileUrl(path + u"/missing.md"_s));
+        QVERIFY(store->alertMessage().startsWith(u"Erreur lors de la suppression: "));
+        QVERIFY(store->showAlert());
+        QCOMPARE(rescans.count(), 0);
+    }
+
     void everyAssignmentNotifies()
     {
         auto store = launch();

@@ -1,0 +1,287 @@
+#include "SearchService.h"
+
+#include "NameCollator.h"
+#include "TextFile.h"
+#include "Utf8Matcher.h"
+#include "Utf8Text.h"
+#include "model/FileUrl.h"
+
+#include <QFile>
+#include <QSemaphore>
+#include <QThread>
+#include <QThreadPool>
+
+#include <algorithm>
+#include <cstring>
+#include <fcntl.h>
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+Q_GLOBAL_STATIC(QThreadPool, searchPool)
+
+struct Hit
+{
+    int lineNumber;
+    QString lineContent;
+};
+
+QString trimSpacesAndTabs(QStringView line)
+{
+    qsizetype begin = 0;
+    qsizetype end = line.size();
+    while (begin < end && (line[begin] == u' ' || line[begin] == u'\t'))
+        ++begin;
+    while (end > begin && (line[end - 1] == u' ' || line[end - 1] == u'\t'))
+        --end;
+    return line.mid(begin, end - begin).toString();
+}
+
+// Reads whole files for one worker thread. The buffer is kept from file to file and from search
+// to search (it grows to the largest document), and files are opened relative to their folder,
+// which is kept open while the next files come from it too.
+class FileReader
+{
+public:
+    ~FileReader()
+    {
+        if (m_folderFd >= 0)
+            ::close(m_folderFd);
+    }
+
+    // The file's bytes, valid until the next read; nothing when it cannot be read.
+    std::optional<std::string_view> read(const QString &path)
+    {
+        const qsizetype slash = path.lastIndexOf(u'/');
+        const QStringView folder = QStringView(path).left(slash + 1);
+        if (folder != m_folder) {
+            if (m_folderFd >= 0)
+                ::close(m_folderFd);
+            m_folder = folder.toString();
+            m_folderFd = ::open(QFile::encodeName(m_folder).constData(),
+                                O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        }
+        const QByteArray name = QFile::encodeName(path.mid(slash + 1));
+        const int fd = m_folderFd >= 0
+            ? ::openat(m_folderFd, name.constData(), O_RDONLY | O_CLOEXEC)
+            : ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+        if (fd < 0)
+            return std::nullopt;
+        struct stat st;
+        if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+            ::close(fd);
+            return std::nullopt;
+        }
+        std::size_t size = 0;
+        reserve(std::size_t(st.st_size) + 1);
+        for (;;) {
+            const ssize_t n = ::read(fd, m_buffer.get() + size, m_capacity - size);
+            if (n < 0 && errno == EINTR)
+                continue;
+            if (n < 0) {
+                ::close(fd);
+                return std::nullopt;
+            }
+            if (n == 0)
+                break;
+            size += std::size_t(n);
+            if (size == m_capacity)
+                reserve(m_capacity * 2); // the file grew while being read
+        }
+        ::close(fd);
+        return std::string_view(m_buffer.get(), size);
+    }
+
+private:
+    void reserve(std::size_t capacity)
+    {
+        if (capacity <= m_capacity)
+            return;
+        capacity = std::max(capacity, std::size_t(256 * 1024));
+        // Not value-initialised: a read overwrites what it uses.
+        auto bigger = std::unique_ptr<char[]>(new char[capacity]);
+        if (m_buffer)
+            std::memcpy(bigger.get(), m_buffer.get(), m_capacity);
+        m_buffer = std::move(bigger);
+        m_capacity = capacity;
+    }
+
+    std::unique_ptr<char[]> m_buffer;
+    std::size_t m_capacity = 0;
+    QString m_folder;
+    int m_folderFd = -1;
+};
+
+// The lines of UTF-8 bytes holding a match, one hit per line.
+std::vector<Hit> lineHitsInBytes(const Utf8Matcher &matcher, const char *begin, const char *end)
+{
+    std::vector<Hit> hits;
+    const char *textBegin = begin + Utf8Text::bomLength(begin, end);
+    const char *match = matcher.find(textBegin, end);
+    if (!match || !Utf8Text::isValid(begin, end))
+        return hits; // text that is not valid UTF-8 counts as empty
+    std::size_t lineEndsBefore = 0;
+    const char *counted = textBegin;
+    while (match) {
+        const char *start = Utf8Text::startOfLine(counted, match, lineEndsBefore);
+        const char *stop = Utf8Text::lineEnd(match, end);
+        counted = stop;
+        // Spaces and tabs are single bytes, so trimming the bytes trims the text.
+        const char *first = start;
+        const char *last = stop;
+        while (first < last && (*first == ' ' || *first == '\t'))
+            ++first;
+        while (last > first && (last[-1] == ' ' || last[-1] == '\t'))
+            --last;
+        hits.push_back({int(lineEndsBefore + 1), QString::fromUtf8(first, last - first)});
+        match = stop < end ? matcher.find(stop, end) : nullptr;
+    }
+    return hits;
+}
+
+// The same, on decoded text: the reference the byte search is held to.
+std::vector<Hit> lineHitsInText(const QString &query, const QByteArray &bytes)
+{
+    std::vector<Hit> hits;
+    std::optional<QString> decoded = TextFile::decodeUtf8(bytes);
+    if (!decoded)
+        return hits;
+    QStringView text(*decoded);
+    if (text.startsWith(QChar(0xFEFF)))
+        text = text.mid(1);
+    if (!text.contains(query, Qt::CaseInsensitive))
+        return hits;
+    int lineNumber = 1;
+    qsizetype start = 0;
+    for (qsizetype i = 0; i <= text.size(); ++i) {
+        if (i < text.size() && !SearchService::isLineEnd(text[i]))
+            continue;
+        const QStringView line = text.mid(start, i - start);
+        if (line.contains(query, Qt::CaseInsensitive))
+            hits.push_back({lineNumber, trimSpacesAndTabs(line)});
+        ++lineNumber;
+        start = i + 1;
+    }
+    return hits;
+}
+
+struct FileOutcome
+{
+    qsizetype index; // position in tree order
+    FileSearchResults results;
+};
+
+} // namespace
+
+SearchService::SearchService(Engine engine) : m_engine(engine) { }
+
+bool SearchService::isLineEnd(QChar c)
+{
+    const char16_t u = c.unicode();
+    return (u >= 0x0A && u <= 0x0D) || u == 0x85 || u == 0x2028 || u == 0x2029;
+}
+
+QList<FileSearchResults> SearchService::search(const QString &rawQuery, const FileItem &root,
+                                               const QUrl &rootURL,
+                                               const std::atomic_bool *cancelled) const
+{
+    const QString query = rawQuery.trimmed();
+    if (query.isEmpty())
+        return {};
+
+    const QStringList paths = m_fileSystemService.collectDocumentPaths(root);
+    const QString rootPrefix = FileUrl::path(rootURL) + u'/';
+    // A query holding a line end can match no single line: only names can match then.
+    const bool linesCanMatch = std::none_of(query.begin(), query.end(), isLineEnd);
+    const Utf8Matcher matcher(query);
+    const bool bytes = m_engine == Engine::Bytes && matcher.isUsable();
+
+    // One worker per core pulls the next file from a shared counter: no task per file.
+    std::atomic<qsizetype> next {0};
+    // Workers take files in runs of a few, so that neighbours in one folder go to one reader.
+    constexpr qsizetype run = 8;
+    const auto work = [&](std::vector<FileOutcome> &found) {
+        FileReader reader;
+        for (qsizetype first = next.fetch_add(run); first < paths.size();
+             first = next.fetch_add(run)) {
+            for (qsizetype i = first; i < std::min(first + run, paths.size()); ++i) {
+                if (cancelled && cancelled->load(std::memory_order_relaxed))
+                    return;
+                const QString &path = paths.at(i);
+                const QString fileName = path.mid(path.lastIndexOf(u'/') + 1);
+                const bool nameMatches = fileName.contains(query, Qt::CaseInsensitive);
+
+                std::vector<Hit> hits;
+                if (linesCanMatch) {
+                    if (const std::optional<std::string_view> text = reader.read(path)) {
+                        if (bytes)
+                            hits = lineHitsInBytes(matcher, text->data(),
+                                                   text->data() + text->size());
+                        else
+                            hits = lineHitsInText(
+                                query,
+                                QByteArray::fromRawData(text->data(), qsizetype(text->size())));
+                    }
+                }
+                if (hits.empty() && !nameMatches)
+                    continue;
+                if (hits.empty())
+                    hits.push_back({1, fileName});
+
+                FileSearchResults results;
+                results.fileURL = QUrl::fromLocalFile(path);
+                results.fileName = fileName;
+                results.relativePath = QString(path).remove(rootPrefix, Qt::CaseSensitive);
+                results.matches.reserve(qsizetype(hits.size()));
+                for (Hit &hit : hits)
+                    results.matches.append({SearchResult::newId(), results.fileURL, fileName,
+                                            results.relativePath, hit.lineNumber,
+                                            std::move(hit.lineContent), query});
+                found.push_back({i, std::move(results)});
+            }
+        }
+    };
+
+    static const bool configured = [] {
+        searchPool->setMaxThreadCount(std::max(1, QThread::idealThreadCount() - 1));
+        return true;
+    }();
+    Q_UNUSED(configured);
+    const int helpers = int(std::min<qsizetype>(searchPool->maxThreadCount(), paths.size() / 64));
+    std::vector<std::vector<FileOutcome>> found(std::size_t(helpers) + 1);
+    QSemaphore finished;
+    for (int h = 1; h <= helpers; ++h) {
+        searchPool->start([&work, &found, &finished, h] {
+            work(found[std::size_t(h)]);
+            finished.release();
+        });
+    }
+    work(found[0]);
+    finished.acquire(helpers);
+
+    std::vector<FileOutcome> all;
+    for (std::vector<FileOutcome> &part : found)
+        std::move(part.begin(), part.end(), std::back_inserter(all));
+    // Files are ordered by name; files of the same name keep their tree order.
+    const NameCollator collator;
+    std::vector<std::pair<QCollatorSortKey, std::size_t>> keys;
+    keys.reserve(all.size());
+    for (std::size_t i = 0; i < all.size(); ++i)
+        keys.emplace_back(collator.sortKey(all[i].results.fileName), i);
+    std::sort(keys.begin(), keys.end(), [&all](const auto &a, const auto &b) {
+        const int order = a.first.compare(b.first);
+        return order != 0 ? order < 0 : all[a.second].index < all[b.second].index;
+    });
+    QList<FileSearchResults> results;
+    results.reserve(qsizetype(all.size()));
+    for (const auto &key : keys)
+        results.append(std::move(all[key.second].results));
+    return results;
+}
