@@ -2,12 +2,11 @@
 
 #include "NameCollator.h"
 #include "TextFile.h"
+#include "WorkerPool.h"
 #include "model/FileUrl.h"
 
 #include <QFile>
 #include <QSemaphore>
-#include <QThread>
-#include <QThreadPool>
 
 #include <algorithm>
 #include <cerrno>
@@ -32,19 +31,12 @@ struct Entry
 // Folders are scanned on the calling thread and, whenever one is idle, on the scan pool's
 // threads too: the call stays synchronous, but a large tree is read by every core. A subfolder
 // goes to another thread only if one is free at that moment, so no scan ever waits for a queue.
-Q_GLOBAL_STATIC(QThreadPool, scanPool)
+Q_GLOBAL_STATIC(WorkerPool, scanPool)
 
 class TreeScanner
 {
 public:
-    explicit TreeScanner(const QList<QByteArray> &ignored) : m_ignored(ignored)
-    {
-        static const bool configured = [] {
-            scanPool->setMaxThreadCount(std::max(1, QThread::idealThreadCount() - 1));
-            return true;
-        }();
-        Q_UNUSED(configured);
-    }
+    explicit TreeScanner(const QList<QByteArray> &ignored) : m_ignored(ignored) { }
 
     QList<FileItem> load(const QString &path, const QByteArray &nativePath) const
     {

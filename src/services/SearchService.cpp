@@ -4,12 +4,11 @@
 #include "TextFile.h"
 #include "Utf8Matcher.h"
 #include "Utf8Text.h"
+#include "WorkerPool.h"
 #include "model/FileUrl.h"
 
 #include <QFile>
 #include <QSemaphore>
-#include <QThread>
-#include <QThreadPool>
 
 #include <algorithm>
 #include <cstring>
@@ -25,7 +24,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-Q_GLOBAL_STATIC(QThreadPool, searchPool)
+Q_GLOBAL_STATIC(WorkerPool, searchPool)
 
 struct Hit
 {
@@ -178,6 +177,59 @@ struct FileOutcome
     FileSearchResults results;
 };
 
+// The search of one query in one file.
+class FileSearch
+{
+public:
+    FileSearch(const QString &query, const QUrl &rootURL, SearchService::Engine engine)
+        : m_query(query),
+          m_rootPrefix(FileUrl::path(rootURL) + u'/'),
+          // A query holding a line end can match no single line: only names can match then.
+          m_linesCanMatch(std::none_of(query.begin(), query.end(), SearchService::isLineEnd)),
+          m_matcher(query),
+          m_bytes(engine == SearchService::Engine::Bytes && m_matcher.isUsable())
+    { }
+
+    std::optional<FileSearchResults> operator()(const QString &path, FileReader &reader) const
+    {
+        const QString fileName = path.mid(path.lastIndexOf(u'/') + 1);
+        const bool nameMatches = fileName.contains(m_query, Qt::CaseInsensitive);
+
+        std::vector<Hit> hits;
+        if (m_linesCanMatch) {
+            if (const std::optional<std::string_view> text = reader.read(path)) {
+                const char *begin = text->data();
+                hits = m_bytes
+                    ? lineHitsInBytes(m_matcher, begin, begin + text->size())
+                    : lineHitsInText(m_query,
+                                     QByteArray::fromRawData(begin, qsizetype(text->size())));
+            }
+        }
+        if (hits.empty() && !nameMatches)
+            return std::nullopt;
+        if (hits.empty())
+            hits.push_back({1, fileName}); // found by its name alone
+
+        FileSearchResults results;
+        results.fileURL = QUrl::fromLocalFile(path);
+        results.fileName = fileName;
+        results.relativePath = QString(path).remove(m_rootPrefix, Qt::CaseSensitive);
+        results.matches.reserve(qsizetype(hits.size()));
+        for (Hit &hit : hits)
+            results.matches.append({SearchResult::newId(), results.fileURL, fileName,
+                                    results.relativePath, hit.lineNumber,
+                                    std::move(hit.lineContent), m_query});
+        return results;
+    }
+
+private:
+    const QString m_query;
+    const QString m_rootPrefix;
+    const bool m_linesCanMatch;
+    const Utf8Matcher m_matcher;
+    const bool m_bytes;
+};
+
 } // namespace
 
 SearchService::SearchService(Engine engine) : m_engine(engine) { }
@@ -197,16 +249,12 @@ QList<FileSearchResults> SearchService::search(const QString &rawQuery, const Fi
         return {};
 
     const QStringList paths = m_fileSystemService.collectDocumentPaths(root);
-    const QString rootPrefix = FileUrl::path(rootURL) + u'/';
-    // A query holding a line end can match no single line: only names can match then.
-    const bool linesCanMatch = std::none_of(query.begin(), query.end(), isLineEnd);
-    const Utf8Matcher matcher(query);
-    const bool bytes = m_engine == Engine::Bytes && matcher.isUsable();
+    const FileSearch searchFile(query, rootURL, m_engine);
 
-    // One worker per core pulls the next file from a shared counter: no task per file.
-    std::atomic<qsizetype> next {0};
-    // Workers take files in runs of a few, so that neighbours in one folder go to one reader.
+    // One worker per core takes the next files from a shared counter (no task per file), a few
+    // at a time so that neighbours in one folder go to one reader.
     constexpr qsizetype run = 8;
+    std::atomic<qsizetype> next {0};
     const auto work = [&](std::vector<FileOutcome> &found) {
         FileReader reader;
         for (qsizetype first = next.fetch_add(run); first < paths.size();
@@ -214,46 +262,11 @@ QList<FileSearchResults> SearchService::search(const QString &rawQuery, const Fi
             for (qsizetype i = first; i < std::min(first + run, paths.size()); ++i) {
                 if (cancelled && cancelled->load(std::memory_order_relaxed))
                     return;
-                const QString &path = paths.at(i);
-                const QString fileName = path.mid(path.lastIndexOf(u'/') + 1);
-                const bool nameMatches = fileName.contains(query, Qt::CaseInsensitive);
-
-                std::vector<Hit> hits;
-                if (linesCanMatch) {
-                    if (const std::optional<std::string_view> text = reader.read(path)) {
-                        if (bytes)
-                            hits = lineHitsInBytes(matcher, text->data(),
-                                                   text->data() + text->size());
-                        else
-                            hits = lineHitsInText(
-                                query,
-                                QByteArray::fromRawData(text->data(), qsizetype(text->size())));
-                    }
-                }
-                if (hits.empty() && !nameMatches)
-                    continue;
-                if (hits.empty())
-                    hits.push_back({1, fileName});
-
-                FileSearchResults results;
-                results.fileURL = QUrl::fromLocalFile(path);
-                results.fileName = fileName;
-                results.relativePath = QString(path).remove(rootPrefix, Qt::CaseSensitive);
-                results.matches.reserve(qsizetype(hits.size()));
-                for (Hit &hit : hits)
-                    results.matches.append({SearchResult::newId(), results.fileURL, fileName,
-                                            results.relativePath, hit.lineNumber,
-                                            std::move(hit.lineContent), query});
-                found.push_back({i, std::move(results)});
+                if (std::optional<FileSearchResults> results = searchFile(paths.at(i), reader))
+                    found.push_back({i, std::move(*results)});
             }
         }
     };
-
-    static const bool configured = [] {
-        searchPool->setMaxThreadCount(std::max(1, QThread::idealThreadCount() - 1));
-        return true;
-    }();
-    Q_UNUSED(configured);
     const int helpers = int(std::min<qsizetype>(searchPool->maxThreadCount(), paths.size() / 64));
     std::vector<std::vector<FileOutcome>> found(std::size_t(helpers) + 1);
     QSemaphore finished;
