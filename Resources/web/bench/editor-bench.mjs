@@ -1,0 +1,89 @@
+// Measures the editor page in Chromium: time from setContent to the first painted frame for 1 MB
+// and 10 MB documents, and the time per typed key (transaction, listeners, and the next frame)
+// in the 10 MB one. Prints medians; asserts nothing.
+import { readFileSync, readdirSync, statSync } from "node:fs";
+import { join } from "node:path";
+import { launch, openEditor } from "../test/browser/page.mjs";
+
+// Real documents when a corpus is given (bench/editor-bench.mjs TREE), else generated prose.
+function sample(bytes, tree) {
+  const parts = [];
+  let size = 0;
+  const walk = (dir) => {
+    for (const name of readdirSync(dir)) {
+      if (size >= bytes || name.startsWith(".") || name === "node_modules" || name === "dist") continue;
+      const path = join(dir, name);
+      const st = statSync(path);
+      if (st.isDirectory()) walk(path);
+      else if (name.endsWith(".md")) {
+        const text = readFileSync(path, "utf8");
+        parts.push(text);
+        size += text.length;
+      }
+    }
+  };
+  if (tree) walk(tree);
+  for (let i = 0; size < bytes; i++) {
+    const text = `## Section ${i}\n\nUn paragraphe de **texte** avec du \`code\` et une [référence](#s${i}).\n\n- point un\n- point deux\n\n\`\`\`js\nconst x = ${i};\n\`\`\`\n\n`;
+    parts.push(text);
+    size += text.length;
+  }
+  return parts.join("\n").slice(0, bytes);
+}
+
+const median = (values) => values.slice().sort((a, b) => a - b)[Math.floor(values.length / 2)];
+
+const browser = await launch();
+const editor = await openEditor(browser, { width: 1200, height: 900 });
+const { page } = editor;
+await page.evaluate(() => window.Pagewell.init("", false));
+for (const megabytes of [1, 10]) {
+  const text = sample(megabytes * 1_000_000, process.argv[2]);
+  await page.evaluate((t) => (window.__benchText = t), text);
+  const loads = [];
+  for (let i = 0; i < 5; i++) {
+    loads.push(
+      await page.evaluate(async () => {
+        const start = performance.now();
+        window.Pagewell.setContent(window.__benchText, "/bench.md");
+        await new Promise((done) => requestAnimationFrame(() => setTimeout(done, 0)));
+        return performance.now() - start;
+      }),
+    );
+  }
+  console.log(`setContent ${megabytes} MB: median ${median(loads).toFixed(0)} ms (${loads.map((t) => t.toFixed(0)).join(", ")})`);
+}
+// Keys a quarter of a second apart, as a brisk typist's: the time to handle each one, and to the
+// next painted frame.
+async function typeAt(where, settleMs) {
+  return page.evaluate(
+    async ([where, settleMs]) => {
+      const view = window.__pagewellEditor.view;
+      const line = view.state.doc.line(Math.max(1, Math.floor(view.state.doc.lines * where)));
+      view.dispatch({ selection: { anchor: line.to }, scrollIntoView: true });
+      await new Promise((done) => setTimeout(done, settleMs));
+      const times = [];
+      const handling = [];
+      for (let i = 0; i < 40; i++) {
+        await new Promise((done) => setTimeout(done, 250));
+        const start = performance.now();
+        const at = view.state.selection.main.head;
+        view.dispatch({ changes: { from: at, insert: i % 10 === 9 ? "\n" : "a" }, selection: { anchor: at + 1 }, userEvent: "input.type", scrollIntoView: true });
+        handling.push(performance.now() - start);
+        await new Promise((done) => requestAnimationFrame(() => setTimeout(done, 0)));
+        times.push(performance.now() - start);
+      }
+      return { times, handling };
+    },
+    [where, settleMs],
+  );
+}
+for (const [label, where, settleMs] of [["near the top", 0.001, 100], ["in the middle, once parsed that far", 0.5, 8000]]) {
+  const keys = await typeAt(where, settleMs);
+  console.log(
+    `typing in 10 MB, ${label}: handled in ${median(keys.handling).toFixed(1)} ms (worst ${Math.max(...keys.handling).toFixed(1)}), ` +
+      `painted in ${median(keys.times).toFixed(1)} ms (worst ${Math.max(...keys.times).toFixed(1)}), medians per key`,
+  );
+}
+await editor.close();
+await browser.close();

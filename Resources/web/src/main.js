@@ -1,0 +1,32 @@
+// The page's entry point: the global `window.Pagewell` the host calls, wired to the editor and to
+// the message bridge.
+import { createBridge } from "./bridge.js";
+import { createEditor } from "./editor.js";
+
+const bridge = createBridge(window);
+const editor = createEditor(document.getElementById("editor"), { post: (message) => bridge.post(message) });
+
+window.Pagewell = Object.freeze({
+  init: (markdown, isDark) => editor.init(markdown, isDark),
+  setContent: (markdown, filePath) => editor.setContent(markdown, filePath),
+  setTheme: (name) => editor.setTheme(name),
+  insertText: (text) => editor.insertText(text),
+  scrollToHeading: (id) => editor.scrollToHeading(id),
+});
+// Read-only access for tests and the developer tools.
+Object.defineProperty(window, "__pagewellEditor", { value: editor });
+
+// The page never leaves itself: nothing dropped outside the editor is opened, and no link
+// navigates.
+for (const type of ["dragover", "drop"]) {
+  window.addEventListener(type, (event) => {
+    if (!event.defaultPrevented) event.preventDefault();
+  });
+}
+document.addEventListener(
+  "click",
+  (event) => {
+    if (event.target instanceof Element && event.target.closest("a[href]")) event.preventDefault();
+  },
+  true,
+);

@@ -1,0 +1,224 @@
+// The editor page in Chromium, driven as the host drives it, with a fake bridge.
+import { test, before, after } from "node:test";
+import assert from "node:assert/strict";
+import { launch, openEditor, settle } from "./page.mjs";
+
+let browser;
+before(async () => {
+  browser = await launch();
+});
+after(async () => {
+  await browser?.close();
+});
+
+async function withEditor(run, options) {
+  const editor = await openEditor(browser, options);
+  try {
+    await run(editor);
+    assert.deepEqual(editor.errors, [], "no console error");
+  } finally {
+    await editor.close();
+  }
+}
+
+const types = (messages) => messages.map((m) => m.type);
+const lastContent = (messages) => messages.filter((m) => m.type === "contentChanged").at(-1)?.markdown;
+
+async function focusEnd(page) {
+  await page.click(".cm-content");
+  await page.keyboard.press("Control+End");
+}
+
+test("loading text posts the outline once, never the text", async () => {
+  await withEditor(async ({ page, messages, clearMessages }) => {
+    await page.evaluate(() => window.Pagewell.init("# Début\n", false));
+    assert.deepEqual(await messages(), [{ type: "headingsUpdated", headings: [{ id: "début", level: 1, text: "Début" }] }]);
+    await clearMessages();
+    await page.evaluate(() => window.Pagewell.setContent("Titre\n=====\n\n## Suite\ntexte", "/w/a.md"));
+    await settle(page);
+    assert.deepEqual(await messages(), [
+      {
+        type: "headingsUpdated",
+        headings: [
+          { id: "titre", level: 1, text: "Titre" },
+          { id: "suite", level: 2, text: "Suite" },
+        ],
+      },
+    ]);
+    assert.equal(await page.evaluate(() => window.__pagewellEditor.filePath), "/w/a.md");
+  });
+});
+
+test("typing posts the whole text, and the outline only when it changes", async () => {
+  await withEditor(async ({ page, messages, clearMessages }) => {
+    await page.evaluate(() => window.Pagewell.init("# Un\n\ntexte", false));
+    await clearMessages();
+    await focusEnd(page);
+    await page.keyboard.type(" ok");
+    assert.deepEqual(types(await messages()), ["contentChanged", "contentChanged", "contentChanged"]);
+    assert.equal(lastContent(await messages()), "# Un\n\ntexte ok");
+    await clearMessages();
+    await page.keyboard.press("Enter");
+    await page.keyboard.press("Enter");
+    await page.keyboard.type("## Deux");
+    const posted = await messages();
+    const outlines = posted.filter((m) => m.type === "headingsUpdated");
+    assert.deepEqual(outlines.at(-1).headings.map((h) => h.text), ["Un", "Deux"]);
+    assert.ok(outlines.length < 8, `${outlines.length} outlines for 9 keys`);
+    assert.equal(lastContent(posted), "# Un\n\ntexte ok\n\n## Deux");
+  });
+});
+
+test("insertText replaces the selection and is reported once", async () => {
+  await withEditor(async ({ page, messages, clearMessages, text }) => {
+    await page.evaluate(() => window.Pagewell.setContent("un deux trois", "/w/a.md"));
+    await page.evaluate(() => {
+      const view = window.__pagewellEditor.view;
+      view.dispatch({ selection: { anchor: 3, head: 7 } });
+    });
+    await clearMessages();
+    await page.evaluate(() => window.Pagewell.insertText("**2**"));
+    const posted = await messages();
+    assert.deepEqual(types(posted), ["contentChanged"]);
+    assert.equal(posted[0].markdown, "un **2** trois");
+    assert.equal(await text(), "un **2** trois");
+  });
+});
+
+test("a new document starts a new undo history", async () => {
+  await withEditor(async ({ page, messages, text }) => {
+    await page.evaluate(() => window.Pagewell.setContent("premier", "/w/a.md"));
+    await focusEnd(page);
+    await page.keyboard.type("!");
+    await page.evaluate(() => window.Pagewell.setContent("second", "/w/b.md"));
+    await page.click(".cm-content");
+    await page.keyboard.press("Control+z");
+    assert.equal(await text(), "second");
+    assert.equal(lastContent(await messages()), "premier!");
+  });
+});
+
+test("bytes survive an edit and its undo: BOM, CRLF, tabs, no final newline", async () => {
+  const original = "\ufeff# Titre\r\n\r\n\tcode  \r\nligne mixte\nfin sans saut";
+  await withEditor(async ({ page, messages }) => {
+    await page.evaluate((t) => window.Pagewell.setContent(t, "/w/a.md"), original);
+    await page.click(".cm-content");
+    await page.keyboard.press("Control+Home");
+    await page.keyboard.press("End");
+    await page.keyboard.press("Enter");
+    await page.keyboard.type("x");
+    assert.equal(lastContent(await messages()), "\ufeff# Titre\r\nx\r\n\r\n\tcode  \r\nligne mixte\nfin sans saut");
+    await page.keyboard.press("Control+z");
+    await settle(page);
+    assert.equal(lastContent(await messages()), original);
+
+    // Pasted and inserted text takes the document's own line breaks.
+    await page.evaluate(() => window.Pagewell.insertText("a\nb"));
+    assert.match(lastContent(await messages()), /a\r\nb/);
+    await page.evaluate(() => {
+      const view = window.__pagewellEditor.view;
+      view.dispatch({ changes: { from: view.state.doc.length, insert: "\nc\nd" }, userEvent: "input.paste" });
+    });
+    assert.ok(lastContent(await messages()).endsWith("fin sans saut\r\nc\r\nd"));
+  });
+});
+
+test("Ctrl+S asks the host to save, with the text sent first", async () => {
+  await withEditor(async ({ page, messages, clearMessages }) => {
+    await page.evaluate(() => window.Pagewell.setContent("texte", "/w/a.md"));
+    await focusEnd(page);
+    await clearMessages();
+    await page.keyboard.type("!");
+    await page.keyboard.press("Control+s");
+    assert.deepEqual(types(await messages()), ["contentChanged", "saveRequested"]);
+  });
+});
+
+test("a hostile document runs nothing and navigates nowhere", async () => {
+  const hostile = [
+    "<script>window.__pwned = 1</script>",
+    '<img src="x" onerror="window.__pwned = 2">',
+    "[clique](javascript:window.__pwned=3)",
+    '<a href="https://example.org">lien</a>',
+    "<iframe src=\"javascript:parent.__pwned=4\"></iframe>",
+  ].join("\n\n");
+  await withEditor(async ({ page, text }) => {
+    const url = page.url();
+    await page.evaluate((t) => window.Pagewell.setContent(t, "/w/x.md"), hostile);
+    await settle(page);
+    await page.click("text=clique");
+    await page.click("text=lien");
+    await settle(page);
+    assert.equal(await page.evaluate(() => window.__pwned), undefined);
+    assert.equal(page.url(), url);
+    assert.equal(await page.locator(".cm-content img, .cm-content script, .cm-content iframe, .cm-content a").count(), 0);
+    assert.equal(await text(), hostile);
+  });
+});
+
+test("themes switch between light and dark", async () => {
+  await withEditor(async ({ page }) => {
+    await page.evaluate(() => window.Pagewell.init("# T", true));
+    const background = () => page.evaluate(() => getComputedStyle(document.querySelector(".cm-editor")).backgroundColor);
+    const dark = await background();
+    await page.evaluate(() => window.Pagewell.setTheme("light"));
+    const light = await background();
+    assert.notEqual(dark, light);
+    assert.equal(light, "rgb(255, 255, 255)");
+    await page.evaluate(() => window.Pagewell.setTheme("dark"));
+    assert.equal(await background(), dark);
+  });
+});
+
+test("scrollToHeading puts the heading at the top with the caret on it", async () => {
+  const lines = [];
+  for (let i = 1; i <= 400; i++) lines.push(i % 100 === 0 ? `## Partie ${i / 100}` : `Ligne ${i} du texte.`);
+  await withEditor(async ({ page, messages }) => {
+    await page.evaluate((t) => window.Pagewell.setContent(t, "/w/long.md"), lines.join("\n"));
+    const outline = (await messages()).find((m) => m.type === "headingsUpdated").headings;
+    assert.equal(outline.length, 4);
+    await page.evaluate((id) => window.Pagewell.scrollToHeading(id), outline[2].id);
+    await settle(page);
+    const where = await page.evaluate(() => {
+      const view = window.__pagewellEditor.view;
+      const head = view.state.selection.main.head;
+      const line = view.state.doc.lineAt(head);
+      const top = view.coordsAtPos(line.from).top - view.scrollDOM.getBoundingClientRect().top;
+      return { line: line.number, top };
+    });
+    assert.equal(where.line, 300);
+    assert.ok(where.top >= 0 && where.top < 80, `heading at ${where.top}px from the top`);
+    await page.evaluate(() => window.Pagewell.scrollToHeading("absent"));
+  });
+});
+
+test("search and replace speak French, spell checking is on", async () => {
+  await withEditor(async ({ page }) => {
+    await page.evaluate(() => window.Pagewell.setContent("un chat, deux chats", "/w/a.md"));
+    await page.click(".cm-content");
+    await page.keyboard.press("Control+f");
+    await page.waitForSelector(".cm-search");
+    const labels = await page.locator(".cm-search").innerText();
+    assert.match(labels, /tout remplacer/);
+    assert.match(labels, /respecter la casse/);
+    const attributes = await page.evaluate(() => {
+      const content = document.querySelector(".cm-content");
+      return { spellcheck: content.getAttribute("spellcheck"), lang: content.getAttribute("lang") };
+    });
+    assert.deepEqual(attributes, { spellcheck: "true", lang: "fr" });
+  });
+});
+
+test("list markup continues on Enter, and markers wrap a selection", async () => {
+  await withEditor(async ({ page, text }) => {
+    await page.evaluate(() => window.Pagewell.setContent("- un", "/w/a.md"));
+    await focusEnd(page);
+    await page.keyboard.press("Enter");
+    await page.keyboard.type("deux");
+    assert.equal(await text(), "- un\n- deux");
+    await page.keyboard.press("Shift+Home");
+    await page.keyboard.type("*");
+    await page.keyboard.type("*");
+    assert.equal(await text(), "- un\n**- deux**");
+  });
+});
