@@ -110,42 +110,11 @@ inline __m128i wideLineEndLeads(__m128i v)
 } // namespace
 #endif
 
-const char *startOfLine(const char *from, const char *at, std::size_t &lineEnds)
-{
-    auto p = reinterpret_cast<const unsigned char *>(from);
-    const auto e = reinterpret_cast<const unsigned char *>(at);
-    const unsigned char *start = p;
-#if defined(__SSE2__)
-    while (e - p >= 16) {
-        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
-        unsigned candidates
-            = unsigned(_mm_movemask_epi8(_mm_or_si128(asciiLineEnds(v), wideLineEndLeads(v))));
-        while (candidates) {
-            const int i = __builtin_ctz(candidates);
-            candidates &= candidates - 1;
-            // `at` lies on a character boundary, so no line end runs across it.
-            if (const std::size_t length = lineEndLength(p + i, e)) {
-                ++lineEnds;
-                start = p + i + length;
-            }
-        }
-        p += 16;
-    }
-#endif
-    for (; p < e; ++p) {
-        if (const std::size_t length = lineEndLength(p, e)) {
-            ++lineEnds;
-            start = p + length;
-            p += length - 1;
-        }
-    }
-    return reinterpret_cast<const char *>(start);
-}
+namespace {
 
-const char *lineEnd(const char *at, const char *end)
+// The first line end in [p, e), or e.
+const unsigned char *nextLineEnd(const unsigned char *p, const unsigned char *e)
 {
-    auto p = reinterpret_cast<const unsigned char *>(at);
-    const auto e = reinterpret_cast<const unsigned char *>(end);
 #if defined(__SSE2__)
     while (e - p >= 16) {
         const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
@@ -155,16 +124,34 @@ const char *lineEnd(const char *at, const char *end)
             const int i = __builtin_ctz(candidates);
             candidates &= candidates - 1;
             if (lineEndLength(p + i, e))
-                return reinterpret_cast<const char *>(p + i);
+                return p + i;
         }
         p += 16;
     }
 #endif
-    for (; p < e; ++p) {
-        if (lineEndLength(p, e))
-            break;
+    while (p < e && !lineEndLength(p, e))
+        ++p;
+    return p;
+}
+
+} // namespace
+
+const char *startOfLine(const char *from, const char *at, std::size_t &lineEnds)
+{
+    auto p = reinterpret_cast<const unsigned char *>(from);
+    const auto e = reinterpret_cast<const unsigned char *>(at);
+    // `at` lies on a character boundary, so no line end runs across it.
+    for (const unsigned char *end = nextLineEnd(p, e); end < e; end = nextLineEnd(p, e)) {
+        ++lineEnds;
+        p = end + lineEndLength(end, e);
     }
     return reinterpret_cast<const char *>(p);
+}
+
+const char *lineEnd(const char *at, const char *end)
+{
+    return reinterpret_cast<const char *>(nextLineEnd(
+        reinterpret_cast<const unsigned char *>(at), reinterpret_cast<const unsigned char *>(end)));
 }
 
 std::size_t bomLength(const char *begin, const char *end)

@@ -1,3 +1,4 @@
+#include "TestFiles.h"
 #include "model/FileUrl.h"
 #include "services/FileSystemService.h"
 
@@ -22,10 +23,7 @@ void make(const QString &root, const QStringList &paths)
             QVERIFY(QDir().mkpath(full));
             continue;
         }
-        QVERIFY(QDir().mkpath(QFileInfo(full).path()));
-        QFile file(full);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("# x\n");
+        writeFile(full, "# x\n");
     }
 }
 

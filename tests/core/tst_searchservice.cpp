@@ -1,3 +1,4 @@
+#include "TestFiles.h"
 #include "services/SearchService.h"
 #include "services/TextFile.h"
 #include "services/Utf8Matcher.h"
@@ -12,14 +13,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-void writeFile(const QString &path, const QByteArray &bytes)
-{
-    QVERIFY(QDir().mkpath(QFileInfo(path).path()));
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(bytes);
-}
 
 // What a search returns, without the random ids: "relativePath:line:content" per hit.
 QStringList hits(const QList<FileSearchResults> &results)

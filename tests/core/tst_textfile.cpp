@@ -1,3 +1,4 @@
+#include "TestFiles.h"
 #include "services/FileError.h"
 #include "services/TextFile.h"
 
@@ -12,23 +13,6 @@
 #include <sys/resource.h>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-QByteArray readBytes(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void writeBytes(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    QCOMPARE(file.write(bytes), bytes.size());
-}
-
-} // namespace
 
 class TestTextFile : public QObject
 {
@@ -54,12 +38,12 @@ private Q_SLOTS:
         QFETCH(QByteArray, bytes);
         QTemporaryDir dir;
         const QString path = dir.filePath(u"doc.md"_s);
-        writeBytes(path, bytes);
+        writeFile(path, bytes);
 
         const FileResult<QString> read = TextFile::readUtf8(path);
         QVERIFY(read.ok());
         QVERIFY(!TextFile::writeUtf8Atomically(path, read.value));
-        QCOMPARE(readBytes(path), bytes);
+        QCOMPARE(readFile(path), bytes);
         // The byte-order mark is part of the text, so an editor sees and keeps it.
         QCOMPARE(read.value.startsWith(QChar(0xFEFF)), bytes.startsWith("\xEF\xBB\xBF"));
     }
@@ -78,7 +62,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, bytes);
         QTemporaryDir dir;
         const QString path = dir.filePath(u"latin.md"_s);
-        writeBytes(path, bytes);
+        writeFile(path, bytes);
         const FileResult<QString> read = TextFile::readUtf8(path);
         QVERIFY(!read.ok());
         QCOMPARE(read.error->kind(), FileError::Kind::InvalidUtf8);
@@ -135,7 +119,7 @@ private Q_SLOTS:
         QTemporaryDir dir;
         const QString path = dir.filePath(u"doc.md"_s);
         const QByteArray old("# Ancien\r\ncontenu\r\n");
-        writeBytes(path, old);
+        writeFile(path, old);
 
         // A file-size limit makes the write fail half way, as a full disk would.
         std::signal(SIGXFSZ, SIG_IGN);
@@ -149,7 +133,7 @@ private Q_SLOTS:
         QCOMPARE(setrlimit(RLIMIT_FSIZE, &saved), 0);
 
         QVERIFY(error);
-        QCOMPARE(readBytes(path), old);
+        QCOMPARE(readFile(path), old);
         // No temporary file is left behind.
         QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList {u"doc.md"_s});
     }
@@ -158,7 +142,7 @@ private Q_SLOTS:
     {
         QTemporaryDir dir;
         const QString path = dir.filePath(u"doc.md"_s);
-        writeBytes(path, "old");
+        writeFile(path, "old");
         const QFileDevice::Permissions permissions
             = QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadGroup;
         QVERIFY(QFile::setPermissions(path, permissions));
@@ -172,7 +156,7 @@ private Q_SLOTS:
         QVERIFY(QFile::link(path, link));
         QVERIFY(!TextFile::writeUtf8Atomically(link, u"through link"_s));
         QVERIFY(QFileInfo(link).isSymLink());
-        QCOMPARE(readBytes(path), QByteArray("through link"));
+        QCOMPARE(readFile(path), QByteArray("through link"));
     }
 };
 
