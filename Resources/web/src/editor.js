@@ -12,7 +12,7 @@ import {
 import { defaultKeymap, history, historyKeymap, indentWithTab } from "@codemirror/commands";
 import { bracketMatching, indentOnInput } from "@codemirror/language";
 import { closeBrackets, closeBracketsKeymap } from "@codemirror/autocomplete";
-import { search, searchKeymap, highlightSelectionMatches } from "@codemirror/search";
+import { search, searchKeymap } from "@codemirror/search";
 import { markdown, markdownLanguage } from "@codemirror/lang-markdown";
 import { languages } from "@codemirror/language-data";
 
@@ -121,7 +121,6 @@ export function createEditor(parent, { post }) {
     closeBrackets(),
     EditorState.languageData.of(() => [{ closeBrackets: { brackets: ["(", "[", "{", '"'] } }]),
     wrapSelectionInMarkers,
-    highlightSelectionMatches(),
     search({ top: true }),
     markdown({ base: markdownLanguage, codeLanguages: languages, extensions: [frontMatter] }),
     keymap.of([
@@ -133,7 +132,8 @@ export function createEditor(parent, { post }) {
       indentWithTab,
     ]),
     EditorState.phrases.of(frenchPhrases),
-    EditorView.contentAttributes.of({ spellcheck: "true", lang: "fr", autocorrect: "on", autocapitalize: "sentences" }),
+    // CodeMirror turns the browser's spell checker off; documents want it, in French.
+    EditorView.contentAttributes.of({ spellcheck: "true", lang: "fr" }),
     EditorView.editorAttributes.of({ lang: "fr" }),
     blockStyles,
     pastedLineBreaks,

@@ -78,7 +78,6 @@ function editorTheme(p, dark) {
       ".cm-specialChar": { color: dark ? "#ff8f8f" : "#c4262e" },
       ".cm-searchMatch": { backgroundColor: p.searchMatch, borderRadius: "2px" },
       ".cm-searchMatch.cm-searchMatch-selected": { backgroundColor: p.searchCurrent },
-      ".cm-selectionMatch": { backgroundColor: "transparent" },
       ".cm-matchingBracket, &.cm-focused .cm-matchingBracket": { backgroundColor: "transparent", outline: `1px solid ${p.markup}` },
       ".cm-panels": { backgroundColor: p.panel, color: p.text, fontSize: "13px" },
       ".cm-panels.cm-panels-top": { borderBottom: `1px solid ${p.codeBorder}` },
