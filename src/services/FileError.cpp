@@ -61,12 +61,23 @@ FileError FileError::invalidUtf8(const QString &path)
     return error;
 }
 
+FileError FileError::notRegularFile(const QString &path)
+{
+    FileError error;
+    error.m_kind = Kind::NotRegularFile;
+    error.m_path = path;
+    error.m_systemText = QStringLiteral("not a regular file");
+    return error;
+}
+
 QString FileError::localizedDescription() const
 {
     const QString item = quoted(m_path);
     if (m_kind == Kind::InvalidUtf8)
         return u"Le fichier %1 n'a pas pu être ouvert car son contenu n'est pas du texte UTF-8 "
                u"valide."_s.arg(item);
+    if (m_kind == Kind::NotRegularFile)
+        return u"%1 n'est pas un fichier ordinaire."_s.arg(item);
     switch (m_code) {
     case ENOENT:
         return u"Le fichier ou le dossier %1 n'existe pas."_s.arg(item);

@@ -11,12 +11,14 @@ class QFileDevice;
 class FileError
 {
 public:
-    enum class Kind { System, InvalidUtf8 };
+    enum class Kind { System, InvalidUtf8, NotRegularFile };
 
     static FileError fromErrno(int code, const QString &path);
     // Recovers the error code behind a QFile or QSaveFile failure from its error text.
     static FileError fromDevice(const QFileDevice &device, const QString &path);
     static FileError invalidUtf8(const QString &path);
+    // A named pipe, socket or device: nothing to read as a document.
+    static FileError notRegularFile(const QString &path);
 
     Kind kind() const { return m_kind; }
     int code() const { return m_code; } // errno, 0 when unknown

@@ -11,6 +11,7 @@
 #include <QSemaphore>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <memory>
@@ -43,9 +44,10 @@ QString trimSpacesAndTabs(QStringView line)
     return line.mid(begin, end - begin).toString();
 }
 
-// Reads whole files for one worker thread. The buffer is kept from file to file and from search
-// to search (it grows to the largest document), and files are opened relative to their folder,
-// which is kept open while the next files come from it too.
+// Reads whole files for one worker thread. The buffer is kept from file to file (it grows to the
+// largest document), and files are opened relative to their folder, which stays open while the
+// next files come from it too. Only regular files are read: a link to a device or a named pipe
+// among the documents is skipped, and never blocks the search.
 class FileReader
 {
 public:
@@ -69,8 +71,8 @@ public:
         }
         const QByteArray name = QFile::encodeName(path.mid(slash + 1));
         const int fd = m_folderFd >= 0
-            ? ::openat(m_folderFd, name.constData(), O_RDONLY | O_CLOEXEC)
-            : ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+            ? ::openat(m_folderFd, name.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)
+            : ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
         if (fd < 0)
             return std::nullopt;
         struct stat st;

@@ -23,8 +23,12 @@ std::optional<QString> decodeUtf8(QByteArrayView bytes)
 
 FileResult<QString> readUtf8(const QString &path)
 {
-    if (QFileInfo(path).isDir())
+    const QFileInfo info(path);
+    if (info.isDir())
         return {{}, FileError::fromErrno(EISDIR, path)};
+    // Opening a named pipe would wait for a writer forever.
+    if (info.exists() && !info.isFile())
+        return {{}, FileError::notRegularFile(path)};
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return {{}, FileError::fromDevice(file, path)};

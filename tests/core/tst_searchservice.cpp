@@ -10,6 +10,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <sys/stat.h>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -125,6 +127,16 @@ private Q_SLOTS:
             hits(w.search(u"pagewell"_s)),
             (QStringList {u"flow.excalidraw:1:{\"text\": \"pagewell flow\"}"_s,
                           u"logo.svg:1:<svg viewBox=\"0 0 10 10\"><text>Pagewell</text></svg>"_s}));
+    }
+
+    void skipsWhatIsNotARegularFile()
+    {
+        Workspace w;
+        w.add(u"real.md"_s, "word\n");
+        QCOMPARE(::mkfifo(QFile::encodeName(w.dir.filePath(u"pipe.md"_s)).constData(), 0600), 0);
+        QVERIFY(QFile::link(u"/dev/zero"_s, w.dir.filePath(u"zero.md"_s)));
+        QCOMPARE(hits(w.search(u"word"_s)), QStringList {u"real.md:1:word"_s});
+        QCOMPARE(hits(w.search(u"pipe"_s)), QStringList {u"pipe.md:1:pipe.md"_s});
     }
 
     void invalidUtf8IsFoundByNameOnly()

@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <csignal>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
 
@@ -82,6 +83,13 @@ private Q_SLOTS:
         const FileResult<QString> folder = TextFile::readUtf8(dir.path());
         QCOMPARE(folder.error->code(), EISDIR);
         QVERIFY(folder.error->localizedDescription().endsWith(u"est un dossier."));
+
+        // A named pipe is refused at once rather than waited on.
+        const QString pipe = dir.filePath(u"pipe.md"_s);
+        QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+        const FileResult<QString> fifo = TextFile::readUtf8(pipe);
+        QCOMPARE(fifo.error->kind(), FileError::Kind::NotRegularFile);
+        QVERIFY(fifo.error->localizedDescription().endsWith(u"n'est pas un fichier ordinaire."));
     }
 
     void errorCodesReadWell()
