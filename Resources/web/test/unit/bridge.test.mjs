@@ -1,0 +1,46 @@
+import { test } from "node:test";
+import assert from "node:assert/strict";
+import { createBridge } from "../../src/bridge.js";
+
+test("messages wait for the web channel, then go in order", () => {
+  const received = [];
+  let ready = null;
+  const win = {
+    qt: { webChannelTransport: {} },
+    QWebChannel: function (transport, callback) {
+      ready = () => callback({ objects: { editorBridge: { postMessage: (m) => received.push(m) } } });
+    },
+  };
+  const bridge = createBridge(win);
+  bridge.post({ type: "headingsUpdated", headings: [] });
+  bridge.post({ type: "contentChanged", markdown: "a" });
+  assert.deepEqual(received, []);
+  ready();
+  bridge.post({ type: "saveRequested" });
+  assert.deepEqual(
+    received.map((m) => m.type),
+    ["headingsUpdated", "contentChanged", "saveRequested"],
+  );
+});
+
+test("the web channel script is loaded from Qt's resources when missing", () => {
+  const appended = [];
+  const win = {
+    qt: { webChannelTransport: {} },
+    document: { createElement: () => ({}), head: { appendChild: (node) => appended.push(node) } },
+  };
+  createBridge(win).post({ type: "saveRequested" });
+  assert.equal(appended.length, 1);
+  assert.equal(appended[0].src, "qrc:///qtwebchannel/qwebchannel.js");
+});
+
+test("WebKit's handler, else the test hook", () => {
+  const viaWebKit = [];
+  createBridge({ webkit: { messageHandlers: { editorBridge: { postMessage: (m) => viaWebKit.push(m) } } } }).post({ type: "saveRequested" });
+  assert.deepEqual(viaWebKit, [{ type: "saveRequested" }]);
+
+  const viaHook = [];
+  createBridge({ __pagewellTest: { post: (m) => viaHook.push(m) } }).post({ type: "saveRequested" });
+  assert.deepEqual(viaHook, [{ type: "saveRequested" }]);
+  assert.doesNotThrow(() => createBridge({}).post({ type: "saveRequested" }));
+});
