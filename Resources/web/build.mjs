@@ -1,8 +1,9 @@
 // Bundles the editor page into OUTDIR (default: dist/): editor.html, editor.css and one
 // editor.js for Chromium 102, the engine of Qt 6.4's web view. Everything the page needs is in
-// those files; nothing is fetched at run time.
+// those files; nothing is fetched at run time. The licences of the packages in the bundle go to
+// licenses.txt beside it. PAGEWELL_NO_MINIFY=1 keeps the code readable for profiling.
 import { build } from "esbuild";
-import { copyFileSync, mkdirSync } from "node:fs";
+import { copyFileSync, existsSync, mkdirSync, readFileSync, writeFileSync } from "node:fs";
 import { dirname, join } from "node:path";
 import { fileURLToPath } from "node:url";
 
@@ -10,7 +11,7 @@ const here = dirname(fileURLToPath(import.meta.url));
 const outdir = process.argv[2] || join(here, "dist");
 mkdirSync(outdir, { recursive: true });
 
-await build({
+const result = await build({
   entryPoints: [join(here, "src/main.js")],
   bundle: true,
   format: "iife",
@@ -20,5 +21,21 @@ await build({
   legalComments: "none",
   outfile: join(outdir, "editor.js"),
   logLevel: "warning",
+  metafile: true,
 });
 for (const file of ["editor.html", "editor.css"]) copyFileSync(join(here, file), join(outdir, file));
+
+// One entry per npm package that ended up in the bundle, with its licence text.
+const packages = new Map();
+for (const input of Object.keys(result.metafile.inputs)) {
+  const match = /node_modules\/((?:@[^/]+\/)?[^/]+)\//.exec(input);
+  if (match) packages.set(match[1], join(here, "node_modules", match[1]));
+}
+const notices = [...packages.keys()].sort().map((name) => {
+  const dir = packages.get(name);
+  const meta = JSON.parse(readFileSync(join(dir, "package.json"), "utf8"));
+  const file = ["LICENSE", "LICENSE.md", "LICENSE.txt", "LICENCE"].map((f) => join(dir, f)).find(existsSync);
+  const text = file ? readFileSync(file, "utf8").trim() : `License: ${meta.license}`;
+  return `${name} ${meta.version}\n\n${text}\n`;
+});
+writeFileSync(join(outdir, "licenses.txt"), `The editor page bundles these packages.\n\n${notices.join("\n" + "-".repeat(72) + "\n\n")}`);
