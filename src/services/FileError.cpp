@@ -32,42 +32,32 @@ QString quoted(const QString &path)
 
 } // namespace
 
+FileError::FileError(Kind kind, int code, const QString &path, const QString &systemText)
+    : m_kind(kind), m_code(code), m_path(path), m_systemText(systemText)
+{ }
+
 FileError FileError::fromErrno(int code, const QString &path)
 {
-    FileError error;
-    error.m_code = code;
-    error.m_path = path;
-    error.m_systemText = qt_error_string(code);
-    return error;
+    return FileError(Kind::System, code, path, qt_error_string(code));
 }
 
 FileError FileError::fromDevice(const QFileDevice &device, const QString &path)
 {
-    FileError error;
-    error.m_path = path;
-    error.m_systemText = device.errorString();
-    error.m_code = errnoByText().value(error.m_systemText, 0);
-    if (error.m_code == 0 && device.error() == QFileDevice::ResourceError)
-        error.m_code = ENOSPC;
-    return error;
+    const QString text = device.errorString();
+    int code = errnoByText().value(text, 0);
+    if (code == 0 && device.error() == QFileDevice::ResourceError)
+        code = ENOSPC;
+    return FileError(Kind::System, code, path, text);
 }
 
 FileError FileError::invalidUtf8(const QString &path)
 {
-    FileError error;
-    error.m_kind = Kind::InvalidUtf8;
-    error.m_path = path;
-    error.m_systemText = QStringLiteral("invalid UTF-8");
-    return error;
+    return FileError(Kind::InvalidUtf8, 0, path, u"invalid UTF-8"_s);
 }
 
 FileError FileError::notRegularFile(const QString &path)
 {
-    FileError error;
-    error.m_kind = Kind::NotRegularFile;
-    error.m_path = path;
-    error.m_systemText = QStringLiteral("not a regular file");
-    return error;
+    return FileError(Kind::NotRegularFile, 0, path, u"not a regular file"_s);
 }
 
 QString FileError::localizedDescription() const

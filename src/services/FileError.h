@@ -27,6 +27,8 @@ public:
     QString localizedDescription() const;
 
 private:
+    FileError(Kind kind, int code, const QString &path, const QString &systemText);
+
     Kind m_kind = Kind::System;
     int m_code = 0;
     QString m_path;

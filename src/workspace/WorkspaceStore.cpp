@@ -92,15 +92,17 @@ void WorkspaceStore::openFolder(const QUrl &url, const QUrl &preferredFileURL)
     }
     if (!m_rootItem)
         return;
-    const QList<QUrl> documents = m_fileSystemService.collectDocumentURLs(*m_rootItem);
-    for (const QUrl &document : documents) {
-        if (FileUrl::lastPathComponent(document).toLower() == u"readme.md") {
-            openFile(document);
+    // Paths, not URLs: only the document that gets opened needs one.
+    const QStringList documents = m_fileSystemService.collectDocumentPaths(*m_rootItem);
+    for (const QString &document : documents) {
+        const QStringView name = QStringView(document).mid(document.lastIndexOf(u'/') + 1);
+        if (name.size() == 9 && name.toString().toLower() == u"readme.md") {
+            openFile(FileUrl::fromPath(document, false));
             return;
         }
     }
     if (!documents.isEmpty())
-        openFile(documents.first());
+        openFile(FileUrl::fromPath(documents.first(), false));
 }
 
 void WorkspaceStore::reloadCurrentFolder()

@@ -165,11 +165,16 @@ function scan(doc, from, state, found, onLine) {
 }
 
 // Front matter is a "---" first line closed by a later "---" or "..." line.
+// The highlighting of front matter (frontMatter.js) follows the same rules.
+export const FRONT_MATTER_OPEN = /^---[ \t]*$/;
+export const FRONT_MATTER_CLOSE = /^(?:---|\.\.\.)[ \t]*$/;
+export const FRONT_MATTER_MAX_LINES = 1000; // the closing line comes within these
+
 function frontMatterEnd(doc) {
-  if (doc.lines < 2 || !/^---[ \t]*$/.test(doc.line(1).text)) return 0;
-  const limit = Math.min(doc.lines, 1000);
+  if (doc.lines < 2 || !FRONT_MATTER_OPEN.test(doc.line(1).text)) return 0;
+  const limit = Math.min(doc.lines, FRONT_MATTER_MAX_LINES);
   for (let n = 2; n <= limit; n++) {
-    if (/^(?:---|\.\.\.)[ \t]*$/.test(doc.line(n).text)) return n;
+    if (FRONT_MATTER_CLOSE.test(doc.line(n).text)) return n;
   }
   return 0;
 }
@@ -370,9 +375,10 @@ export class HeadingIndex {
     const lastNew = newDoc.lineAt(toB).number;
     const delta = newDoc.lines - oldDoc.lines;
 
-    // Front matter is decided by looking ahead from the first line: rescan it whole.
-    const frontEnd = this.checkpoints.length && this.checkpoints[0].state.kind === FRONT_MATTER ? this.checkpoints[0].state.fenceLength : 0;
-    const first = firstOld <= Math.max(frontEnd + 1, 2) ? 1 : firstOld - 1; // a Setext line looks back one line
+    // Front matter is decided by looking ahead from the first line: an edit that may open, close
+    // or move it rescans from the top. Otherwise a Setext line looks back one line.
+    const frontMatterReach = FRONT_MATTER_OPEN.test(oldDoc.line(1).text) ? FRONT_MATTER_MAX_LINES + 1 : 2;
+    const first = firstOld <= frontMatterReach ? 1 : firstOld - 1;
 
     // Resume from the last checkpoint at or before `first`.
     let c = this.checkpoints.length - 1;

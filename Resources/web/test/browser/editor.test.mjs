@@ -49,6 +49,17 @@ test("loading text posts the outline once, never the text", async () => {
   });
 });
 
+test("front matter is shown as metadata and left out of the outline", async () => {
+  await withEditor(async ({ page, messages }) => {
+    await page.evaluate(() => window.Pagewell.setContent("---\ntitle: Guide\n---\n# Guide\n", "/w/a.md"));
+    await settle(page);
+    const outline = (await messages()).find((m) => m.type === "headingsUpdated").headings;
+    assert.deepEqual(outline.map((h) => h.text), ["Guide"]);
+    assert.equal(await page.locator(".cm-line.cm-frontmatter").count(), 3);
+    assert.equal(await page.locator(".cm-line.cm-h1").count(), 1);
+  });
+});
+
 test("typing posts the whole text, and the outline only when it changes", async () => {
   await withEditor(async ({ page, messages, clearMessages }) => {
     await page.evaluate(() => window.Pagewell.init("# Un\n\ntexte", false));

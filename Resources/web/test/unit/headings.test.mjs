@@ -114,6 +114,25 @@ test("incremental updates agree with a full scan", () => {
   }
 });
 
+test("long front matter opens and closes under edits", () => {
+  const body = Array.from({ length: 400 }, (_, i) => `cle${i}: valeur`);
+  let current = doc(["---", ...body, "---", "# Après"].join("\n"));
+  const index = new HeadingIndex(current);
+  assert.deepEqual(index.headings.map((h) => h.text), ["Après"]);
+  const edit = (from, to, insert) => {
+    const changes = ChangeSet.of([{ from, to, insert }], current.length);
+    const next = changes.apply(current);
+    index.update(current, next, changes);
+    current = next;
+    assert.deepEqual(index.headings, extractHeadings(current));
+  };
+  const closing = current.line(402);
+  edit(closing.from, closing.to, "# plus de fin"); // no closing line: no front matter at all
+  assert.ok(index.headings.length > 1);
+  edit(closing.from, closing.from + "# plus de fin".length, "..."); // closed again
+  assert.deepEqual(index.headings.map((h) => h.text), ["Après"]);
+});
+
 test("an edit rescans a few hundred lines, not the document", () => {
   const big = doc(Array.from({ length: 200000 }, (_, i) => (i % 50 === 0 ? `## Section ${i}` : "Une ligne de texte ordinaire.")).join("\n"));
   const index = new HeadingIndex(big);
