@@ -9,12 +9,17 @@
 #include <QQuickStyle>
 #include <QTranslator>
 
+#include <csignal>
+
 Q_IMPORT_QML_PLUGIN(PagewellPlugin)
 
 using namespace Qt::StringLiterals;
 
 int main(int argc, char *argv[])
 {
+    // Under a file-size limit a save must fail with an error the user is told about, not end the
+    // process with SIGXFSZ.
+    std::signal(SIGXFSZ, SIG_IGN);
     QGuiApplication app(argc, argv);
     QGuiApplication::setOrganizationName(u"Pagewell"_s);
     QGuiApplication::setApplicationName(u"Pagewell"_s);

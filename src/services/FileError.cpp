@@ -60,6 +60,11 @@ FileError FileError::notRegularFile(const QString &path)
     return FileError(Kind::NotRegularFile, 0, path, u"not a regular file"_s);
 }
 
+FileError FileError::readOnlyFile(const QString &path)
+{
+    return FileError(Kind::ReadOnlyFile, EACCES, path, qt_error_string(EACCES));
+}
+
 QString FileError::localizedDescription() const
 {
     const QString item = quoted(m_path);
@@ -68,6 +73,8 @@ QString FileError::localizedDescription() const
                u"valide."_s.arg(item);
     if (m_kind == Kind::NotRegularFile)
         return u"%1 n'est pas un fichier ordinaire."_s.arg(item);
+    if (m_kind == Kind::ReadOnlyFile)
+        return u"Le fichier %1 est en lecture seule."_s.arg(item);
     switch (m_code) {
     case ENOENT:
         return u"Le fichier ou le dossier %1 n'existe pas."_s.arg(item);
@@ -77,10 +84,12 @@ QString FileError::localizedDescription() const
     case EROFS:
         return u"%1 se trouve sur un volume en lecture seule."_s.arg(item);
     case ENOSPC:
-    case EDQUOT:
         return u"L'espace disque est insuffisant pour écrire %1."_s.arg(item);
+    case EDQUOT:
+        return u"Votre quota d'espace disque est atteint\u00A0: %1 n'a pas pu être écrit."_s.arg(
+            item);
     case EFBIG:
-        return u"%1 est trop volumineux."_s.arg(item);
+        return u"%1 dépasse la taille de fichier autorisée."_s.arg(item);
     case EISDIR:
         return u"%1 est un dossier."_s.arg(item);
     case ENOTDIR:

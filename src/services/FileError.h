@@ -11,7 +11,7 @@ class QFileDevice;
 class FileError
 {
 public:
-    enum class Kind { System, InvalidUtf8, NotRegularFile };
+    enum class Kind { System, InvalidUtf8, NotRegularFile, ReadOnlyFile };
 
     static FileError fromErrno(int code, const QString &path);
     // Recovers the error code behind a QFile or QSaveFile failure from its error text.
@@ -19,6 +19,8 @@ public:
     static FileError invalidUtf8(const QString &path);
     // A named pipe, socket or device: nothing to read as a document.
     static FileError notRegularFile(const QString &path);
+    // A file whose permissions forbid writing it, though its folder would allow replacing it.
+    static FileError readOnlyFile(const QString &path);
 
     Kind kind() const { return m_kind; }
     int code() const { return m_code; } // errno, 0 when unknown

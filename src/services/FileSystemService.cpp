@@ -2,6 +2,7 @@
 
 #include "NameCollator.h"
 #include "TextFile.h"
+#include "Utf8Text.h"
 #include "WorkerPool.h"
 #include "model/FileUrl.h"
 
@@ -112,6 +113,10 @@ private:
             const size_t length = std::strlen(name);
             if (isIgnored(name, length))
                 continue;
+            // A name that is not UTF-8 has no exact text: decoded, it could equal another
+            // entry's name and stand for that file. Such entries (and all below them) stay out.
+            if (!Utf8Text::isValid(name, name + length))
+                continue;
             bool isDirectory = e->d_type == DT_DIR;
             if (e->d_type == DT_UNKNOWN) {
                 struct stat st;
@@ -138,38 +143,105 @@ template<typename Visit> void forEachDocument(const FileItem &item, const Visit 
     }
 }
 
-// Removes `name` inside the folder `parentFd`, recursing into real folders (never through a
-// link). Keeps going past failures and reports the first one.
-int removeTree(int parentFd, const char *name)
+// The names in an open folder, read through a second descriptor so `fd` stays usable.
+int readNames(int fd, std::vector<QByteArray> &names)
+{
+    const int copy = ::openat(fd, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (copy < 0)
+        return errno;
+    DIR *dir = ::fdopendir(copy);
+    if (!dir) {
+        const int error = errno;
+        ::close(copy);
+        return error;
+    }
+    while (const dirent *e = ::readdir(dir)) {
+        if (std::strcmp(e->d_name, ".") != 0 && std::strcmp(e->d_name, "..") != 0)
+            names.emplace_back(e->d_name);
+    }
+    ::closedir(dir);
+    return 0;
+}
+
+// Removes the file or folder at `path`, a folder with everything in it, never following a link.
+// Keeps going past failures and reports the first one. Only the folder being emptied is held
+// open, whatever the depth: going back up is done through "..", checked against the folder
+// that was left, so a tree thousands of levels deep needs three descriptors, not thousands.
+int removeTree(const char *path)
 {
     struct stat st;
-    if (::fstatat(parentFd, name, &st, AT_SYMLINK_NOFOLLOW) != 0)
+    if (::lstat(path, &st) != 0)
         return errno;
     if (!S_ISDIR(st.st_mode))
-        return ::unlinkat(parentFd, name, 0) == 0 ? 0 : errno;
+        return ::unlink(path) == 0 ? 0 : errno;
 
-    int firstError = 0;
-    const int fd = ::openat(parentFd, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    struct Level
+    {
+        dev_t device;
+        ino_t inode;
+        QByteArray name; // in the level above
+        std::vector<QByteArray> names;
+        std::size_t next = 0;
+    };
+    int fd = ::open(path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
     if (fd < 0)
         return errno;
-    if (DIR *dir = ::fdopendir(fd)) {
-        std::vector<QByteArray> names;
-        while (const dirent *e = ::readdir(dir)) {
-            if (std::strcmp(e->d_name, ".") != 0 && std::strcmp(e->d_name, "..") != 0)
-                names.emplace_back(e->d_name);
+    int firstError = 0;
+    const auto failed = [&firstError](int error) {
+        if (error && !firstError)
+            firstError = error;
+    };
+    std::vector<Level> levels;
+    levels.push_back({st.st_dev, st.st_ino, {}, {}});
+    failed(readNames(fd, levels.back().names));
+
+    while (!levels.empty()) {
+        Level &level = levels.back();
+        if (level.next < level.names.size()) {
+            const QByteArray name = std::move(level.names[level.next++]);
+            struct stat entry;
+            if (::fstatat(fd, name.constData(), &entry, AT_SYMLINK_NOFOLLOW) != 0) {
+                failed(errno);
+            } else if (!S_ISDIR(entry.st_mode)) {
+                failed(::unlinkat(fd, name.constData(), 0) == 0 ? 0 : errno);
+            } else {
+                const int child = ::openat(fd, name.constData(),
+                                           O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+                if (child < 0) {
+                    failed(errno);
+                    continue;
+                }
+                Level below {entry.st_dev, entry.st_ino, name, {}};
+                failed(readNames(child, below.names));
+                ::close(fd);
+                fd = child;
+                levels.push_back(std::move(below));
+            }
+            continue;
         }
-        for (const QByteArray &child : names) {
-            const int error = removeTree(::dirfd(dir), child.constData());
-            if (error && !firstError)
-                firstError = error;
+        // This folder is as empty as it gets: remove it from the level above.
+        if (levels.size() == 1) {
+            ::close(fd);
+            failed(::rmdir(path) == 0 ? 0 : errno);
+            break;
         }
-        ::closedir(dir);
-    } else {
-        firstError = errno;
+        const int parent = ::openat(fd, "..", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        const int openError = errno;
         ::close(fd);
+        fd = parent;
+        const Level &above = levels[levels.size() - 2];
+        struct stat there;
+        if (parent < 0 || ::fstat(parent, &there) != 0 || there.st_dev != above.device
+            || there.st_ino != above.inode) {
+            // The tree was moved while being removed: stop rather than delete elsewhere.
+            failed(parent < 0 ? openError : ENOENT);
+            if (parent >= 0)
+                ::close(parent);
+            break;
+        }
+        failed(::unlinkat(fd, level.name.constData(), AT_REMOVEDIR) == 0 ? 0 : errno);
+        levels.pop_back();
     }
-    if (::unlinkat(parentFd, name, AT_REMOVEDIR) != 0 && !firstError)
-        firstError = errno;
     return firstError;
 }
 
@@ -240,7 +312,7 @@ FileResult<QUrl> FileSystemService::createNewFile(const QUrl &folder, const QStr
 std::optional<FileError> FileSystemService::deleteItem(const QUrl &url) const
 {
     const QString path = FileUrl::path(url);
-    const int error = removeTree(AT_FDCWD, QFile::encodeName(path).constData());
+    const int error = removeTree(QFile::encodeName(path).constData());
     if (error)
         return FileError::fromErrno(error, path);
     return std::nullopt;

@@ -120,6 +120,20 @@ private:
     int m_folderFd = -1;
 };
 
+// A line's text. QString::fromUtf8 drops a byte-order mark at the start, but inside a document
+// U+FEFF is a character of the line like any other.
+QString decodeLine(const char *begin, const char *end)
+{
+    qsizetype marks = 0;
+    while (Utf8Text::bomLength(begin, end)) {
+        begin += 3;
+        ++marks;
+    }
+    if (marks == 0)
+        return QString::fromUtf8(begin, end - begin);
+    return QString(marks, QChar(0xFEFF)) + QString::fromUtf8(begin, end - begin);
+}
+
 // The lines of UTF-8 bytes holding a match, one hit per line.
 std::vector<Hit> lineHitsInBytes(const Utf8Matcher &matcher, const char *begin, const char *end)
 {
@@ -141,7 +155,7 @@ std::vector<Hit> lineHitsInBytes(const Utf8Matcher &matcher, const char *begin, 
             ++first;
         while (last > first && (last[-1] == ' ' || last[-1] == '\t'))
             --last;
-        hits.push_back({int(lineEndsBefore + 1), QString::fromUtf8(first, last - first)});
+        hits.push_back({int(lineEndsBefore + 1), decodeLine(first, last)});
         match = stop < end ? matcher.find(stop, end) : nullptr;
     }
     return hits;

@@ -15,8 +15,14 @@ namespace TextFile {
 FileResult<QString> readUtf8(const QString &path);
 // Decodes without dropping a byte-order mark; nothing when the bytes are not valid UTF-8.
 std::optional<QString> decodeUtf8(QByteArrayView bytes);
-// Writes through a temporary file that replaces the target only once it is complete, so a failed
-// or interrupted write leaves the old file whole.
-std::optional<FileError> writeUtf8Atomically(const QString &path, const QString &text);
+// Where the new text waits until it replaces the target: in an unnamed file where the file system
+// has them (a crash leaves nothing), else in a hidden file beside the target.
+enum class Temporary { UnnamedWherePossible, Hidden };
+
+// Writes through a temporary file that replaces the target only once every byte of it is on the
+// disk, so a failed or interrupted write leaves the old file whole. Symbolic links are followed,
+// and the replaced file's permissions kept.
+std::optional<FileError> writeUtf8Atomically(const QString &path, const QString &text,
+                                             Temporary temporary = Temporary::UnnamedWherePossible);
 
 } // namespace TextFile

@@ -7,6 +7,9 @@
 #include <QString>
 #include <QTest>
 
+#include <csignal>
+#include <sys/resource.h>
+
 // Files for tests, byte for byte, with their folders made as needed.
 inline void writeFile(const QString &path, const QByteArray &bytes)
 {
@@ -21,3 +24,22 @@ inline QByteArray readFile(const QString &path)
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
+
+// A file-size limit on this process for as long as it lives, as a full disk would stop a write
+// part way: the write fails with EFBIG instead of a signal ending the process.
+class FileSizeLimit
+{
+public:
+    explicit FileSizeLimit(rlim_t bytes)
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        QCOMPARE(::getrlimit(RLIMIT_FSIZE, &m_saved), 0);
+        rlimit small = m_saved;
+        small.rlim_cur = bytes;
+        QCOMPARE(::setrlimit(RLIMIT_FSIZE, &small), 0);
+    }
+    ~FileSizeLimit() { ::setrlimit(RLIMIT_FSIZE, &m_saved); }
+
+private:
+    rlimit m_saved;
+};

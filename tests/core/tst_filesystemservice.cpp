@@ -8,6 +8,9 @@
 #include <QTest>
 
 #include <cerrno>
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -241,6 +244,67 @@ private Q_SLOTS:
         QVERIFY(error);
         QCOMPARE(error->code(), ENOENT);
         QVERIFY(error->localizedDescription().contains(u"single.md"));
+    }
+
+    void namesThatAreNotUtf8StayOut()
+    {
+        // "bad\xff.md" would decode to the same text as "bad\uFFFD.md" and stand for it.
+        QTemporaryDir dir;
+        const QByteArray root = QFile::encodeName(dir.path());
+        const auto at = [&root](const char *name) { return QByteArray(root + '/' + name); };
+        const auto rawFile = [&at](const char *name, const QByteArray &bytes) {
+            const int fd = ::open(at(name).constData(), O_WRONLY | O_CREAT, 0644);
+            QVERIFY(fd >= 0);
+            QCOMPARE(::write(fd, bytes.constData(), size_t(bytes.size())), bytes.size());
+            ::close(fd);
+        };
+        rawFile("bad\xff.md", "not utf-8 name\n");
+        rawFile("bad\xef\xbf\xbd.md", "replacement character name\n");
+        QCOMPARE(::mkdir(at("folder\xfe").constData(), 0755), 0);
+        rawFile("folder\xfe/inner.md", "inside\n");
+
+        const FileSystemService service;
+        const FileItem tree = service.scanDirectory(QUrl::fromLocalFile(dir.path()));
+        QCOMPARE(names(tree.children()), QStringList {u"bad\uFFFD.md"_s});
+        QCOMPARE(service.collectDocumentPaths(tree), QStringList {dir.filePath(u"bad\uFFFD.md"_s)});
+
+        // The one entry shown is the file of that name, and deleting it touches no other.
+        QVERIFY(!service.deleteItem(tree.children().at(0).url()));
+        QCOMPARE(::access(at("bad\xef\xbf\xbd.md").constData(), F_OK), -1);
+        QCOMPARE(::access(at("bad\xff.md").constData(), F_OK), 0);
+        QCOMPARE(::access(at("folder\xfe/inner.md").constData(), F_OK), 0);
+    }
+
+    void deletesDeepFoldersWithFewOpenFiles()
+    {
+        // 2,000 levels: deeper than a path may be long, and far more folders than the usual
+        // limit of open files allows at once.
+        QTemporaryDir dir;
+        const QByteArray top = QFile::encodeName(dir.filePath(u"deep"_s));
+        QCOMPARE(::mkdir(top.constData(), 0755), 0);
+        int fd = ::open(top.constData(), O_RDONLY | O_DIRECTORY);
+        for (int level = 0; level < 2000; ++level) {
+            QCOMPARE(::mkdirat(fd, "level", 0755), 0);
+            const int file = ::openat(fd, "note.md", O_WRONLY | O_CREAT, 0644);
+            QVERIFY(file >= 0);
+            ::close(file);
+            const int below = ::openat(fd, "level", O_RDONLY | O_DIRECTORY);
+            ::close(fd);
+            fd = below;
+            QVERIFY(fd >= 0);
+        }
+        ::close(fd);
+
+        rlimit saved;
+        QCOMPARE(::getrlimit(RLIMIT_NOFILE, &saved), 0);
+        rlimit few = saved;
+        few.rlim_cur = 64;
+        QCOMPARE(::setrlimit(RLIMIT_NOFILE, &few), 0);
+        const std::optional<FileError> error
+            = FileSystemService().deleteItem(FileUrl::fromPath(QFile::decodeName(top)));
+        QCOMPARE(::setrlimit(RLIMIT_NOFILE, &saved), 0);
+        QVERIFY2(!error, error ? qPrintable(error->localizedDescription()) : "");
+        QVERIFY(!QFileInfo::exists(QFile::decodeName(top)));
     }
 };
 

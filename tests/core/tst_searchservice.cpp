@@ -251,6 +251,20 @@ private Q_SLOTS:
         QVERIFY(hits(w.search(u"resume"_s)).size() == 2); // "resume" itself; accents count
     }
 
+    void byteOrderMarksInsideLinesAreKept()
+    {
+        // Only the mark that opens a file is not text; one that starts a later line, or a second
+        // one at the very start, belongs to its line.
+        Workspace w;
+        const QByteArray bom("\xEF\xBB\xBF");
+        w.add(u"a.md"_s, bom + bom + "\tfoo one\n" + bom + "\tfoo two\r\n  " + bom + "foo\n");
+        w.add(u"b.md"_s, bom + "  foo three\n");
+        const QStringList expected = {u"a.md:1:\uFEFF\tfoo one"_s, u"a.md:2:\uFEFF\tfoo two"_s,
+                                      u"a.md:4:\uFEFFfoo"_s, u"b.md:1:foo three"_s};
+        QCOMPARE(hits(w.search(u"foo"_s, SearchService::Engine::Bytes)), expected);
+        QCOMPARE(hits(w.search(u"foo"_s, SearchService::Engine::Unicode)), expected);
+    }
+
     void matcherAgreesWithQStringOnRandomText()
     {
         // Random text over an alphabet of awkward characters, and queries cut from it with their

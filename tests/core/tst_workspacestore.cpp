@@ -334,6 +334,27 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo::exists(root + u"/sub"_s));
     }
 
+    void failedSaveShowsTheAlertAndKeepsTheEdits()
+    {
+        auto store = launch();
+        const QString root = folder({u"doc.md"_s});
+        store->openFolder(fileUrl(root));
+        const QByteArray old = readFile(root + u"/doc.md"_s);
+        // 12 KB of text against a 4 KiB file-size limit: the write fails at its last flush.
+        store->updateDocumentContent(QString(12 * 1024, u'x'));
+        {
+            const FileSizeLimit limit(4096);
+            store->saveCurrentDocument();
+        }
+
+        QVERIFY(store->showAlert());
+        QCOMPARE(store->alertMessage(),
+                 u"Erreur d'enregistrement: \u00AB\u00A0doc.md\u00A0\u00BB dépasse la taille de "
+                 u"fichier autorisée."_s);
+        QVERIFY(store->currentDocument()->isDirty);
+        QCOMPARE(readFile(root + u"/doc.md"_s), old);
+    }
+
     void requestChannelsReachOnlyPresentReceivers()
     {
         auto store = launch();
