@@ -34,3 +34,8 @@ void AppDelegate::handleOpenURL(const QUrl &url)
     m_store->openFolder(FileUrl::deletingLastPathComponent(url));
     m_store->openFile(url);
 }
+
+void AppDelegate::checkForUpdates()
+{
+    // No update controller yet: the item does nothing.
+}

@@ -42,8 +42,10 @@ int main(int argc, char *argv[])
 
     QQmlApplicationEngine engine;
     engine.addImportPath(u"qrc:/qt/qml"_s);
-    engine.load(QUrl(u"qrc:/qt/qml/Pagewell/Main.qml"_s));
+    engine.load(QUrl(u"qrc:/qt/qml/Pagewell/PagewellApp.qml"_s));
     if (engine.rootObjects().isEmpty())
         return 1;
+    QObject::connect(engine.rootObjects().constFirst(), SIGNAL(updateCheckRequested()), &delegate,
+                     SLOT(checkForUpdates()));
     return QGuiApplication::exec();
 }

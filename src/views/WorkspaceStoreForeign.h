@@ -22,3 +22,10 @@ public:
         return store;
     }
 };
+
+// The sidebar's modes, for QML: SidebarMode.Explorer and SidebarMode.Search.
+namespace SidebarModeForeign {
+Q_NAMESPACE
+QML_FOREIGN_NAMESPACE(SidebarMode)
+QML_NAMED_ELEMENT(SidebarMode)
+} // namespace SidebarModeForeign

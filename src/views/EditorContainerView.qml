@@ -1,0 +1,77 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import Pagewell
+
+// The centre column: a placeholder while no document is open, else the header above the editor.
+Rectangle {
+    id: root
+
+    // Where the editor page goes.
+    property alias editorArea: editorArea
+
+    color: Theme.contentBackground
+
+    EditorHeaderModel {
+        id: header
+
+        store: WorkspaceStore
+    }
+
+    ColumnLayout {
+        objectName: "placeholder"
+        anchors.fill: parent
+        visible: !header.hasDocument
+        spacing: 12
+
+        Item {
+            Layout.fillHeight: true
+        }
+        SymbolIcon {
+            Layout.alignment: Qt.AlignHCenter
+            symbol: "doc.text"
+            size: 48
+            color: Theme.secondary
+            opacity: 0.5
+        }
+        Label {
+            Layout.alignment: Qt.AlignHCenter
+            text: "Aucun fichier sélectionné"
+            font.pointSize: Theme.headline
+            font.bold: true
+            color: Theme.secondary
+        }
+        Label {
+            Layout.alignment: Qt.AlignHCenter
+            Layout.preferredWidth: 320
+            text: "Sélectionnez un fichier Markdown dans la barre latérale pour commencer la lecture ou l'édition."
+            font.pointSize: Theme.subheadline
+            color: Theme.secondary
+            horizontalAlignment: Text.AlignHCenter
+            wrapMode: Text.Wrap
+        }
+        Item {
+            Layout.fillHeight: true
+        }
+    }
+
+    ColumnLayout {
+        anchors.fill: parent
+        visible: header.hasDocument
+        spacing: 0
+
+        EditorHeaderView {
+            Layout.fillWidth: true
+            model: header
+        }
+        Divider {
+        }
+        Item {
+            id: editorArea
+
+            objectName: "editorArea"
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+        }
+    }
+}

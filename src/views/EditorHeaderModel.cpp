@@ -1,0 +1,66 @@
+#include "EditorHeaderModel.h"
+
+#include "model/DocumentStatistics.h"
+#include "model/FileUrl.h"
+
+using namespace Qt::StringLiterals;
+
+EditorHeaderModel::EditorHeaderModel(QObject *parent) : QObject(parent) { }
+
+void EditorHeaderModel::setStore(WorkspaceStore *store)
+{
+    if (store == m_store)
+        return;
+    if (m_store)
+        m_store->disconnect(this);
+    m_store = store;
+    if (store) {
+        connect(store, &WorkspaceStore::currentDocumentChanged, this, &EditorHeaderModel::update);
+        connect(store, &WorkspaceStore::rootURLChanged, this, &EditorHeaderModel::update);
+    }
+    m_content = QString();
+    m_wordsText.clear();
+    update();
+    Q_EMIT storeChanged();
+}
+
+QString EditorHeaderModel::relativePath(const QString &filePath, const QString &folderPath)
+{
+    return QString(filePath).remove(folderPath + u'/', Qt::CaseSensitive);
+}
+
+void EditorHeaderModel::update()
+{
+    const std::optional<EditorDocument> &document
+        = m_store ? m_store->currentDocument() : std::nullopt;
+    const bool hasDocument = document.has_value();
+    const QString path = document ? FileUrl::path(document->fileURL) : QString();
+    const QString fileName = document ? FileUrl::lastPathComponent(document->fileURL) : QString();
+    const QUrl root = m_store ? m_store->rootURL() : QUrl();
+    const QString relative
+        = document && !root.isEmpty() ? relativePath(path, FileUrl::path(root)) : QString();
+    const bool isDirty = document && document->isDirty;
+    if (hasDocument != m_hasDocument || fileName != m_fileName || relative != m_relativePath
+        || isDirty != m_isDirty) {
+        m_hasDocument = hasDocument;
+        m_fileName = fileName;
+        m_relativePath = relative;
+        m_isDirty = isDirty;
+        Q_EMIT changed();
+    }
+
+    const QString content = document ? document->content : QString();
+    // The same shared text (a heading update, a save) needs no count.
+    if (!m_wordsText.isEmpty() && content.constData() == m_content.constData()
+        && content.size() == m_content.size())
+        return;
+    if (!m_wordsText.isEmpty() && content == m_content)
+        return;
+    m_content = content;
+    const qsizetype words = EditorDocument::countWords(content);
+    m_wordsText = DocumentStatistics::wordsText(words);
+    m_charactersText
+        = DocumentStatistics::charactersText(DocumentStatistics::characterCount(content));
+    m_readingTimeText = DocumentStatistics::readingTimeText(words);
+    Q_EMIT statisticsChanged();
+}

@@ -1,0 +1,92 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import Pagewell
+
+// One visible row of the folder tree: indentation, the disclosure chevron of a folder, the
+// entry's symbol and name, and for a folder holding Markdown documents their count.
+ItemDelegate {
+    id: row
+
+    required property int index
+    required property string name
+    required property bool isDirectory
+    required property bool isExpanded
+    required property bool isSelected
+    required property int depth
+    required property int badgeCount
+    required property string symbol
+    property bool isCurrent: false
+
+    signal contextMenuRequested(real x, real y)
+
+    readonly property color symbolColor: isDirectory ? Theme.accent : symbol === "doc.text.fill" ? Theme.blue : symbol === "chart.bar.doc.horizontal" ? Theme.orange : Theme.secondary
+
+    topPadding: 4
+    bottomPadding: 4
+    leftPadding: 6
+    rightPadding: 6
+    focusPolicy: Qt.NoFocus
+    text: name
+    Accessible.role: Accessible.TreeItem
+    Accessible.name: name
+    Accessible.description: isDirectory ? (isExpanded ? "dossier ouvert" : "dossier fermé") : ""
+    Accessible.selected: isSelected
+    Accessible.onPressAction: clicked()
+
+    background: Rectangle {
+        radius: 6
+        color: row.isSelected ? Theme.withOpacity(Theme.accent, 0.12) : row.hovered ? Theme.withOpacity(Theme.secondary, 0.08) : "transparent"
+        border.width: row.isCurrent ? 1 : 0
+        border.color: Theme.withOpacity(Theme.accent, 0.7)
+    }
+
+    contentItem: RowLayout {
+        spacing: 5
+
+        Item {
+            objectName: "indentation"
+            implicitWidth: row.depth * 14
+        }
+        Item {
+            implicitWidth: 14
+            implicitHeight: 14
+
+            SymbolIcon {
+                anchors.centerIn: parent
+                visible: row.isDirectory
+                symbol: row.isExpanded ? "chevron.down" : "chevron.right"
+                size: 9
+                color: Theme.secondary
+            }
+        }
+        Item {
+            implicitWidth: 14
+            implicitHeight: 14
+
+            SymbolIcon {
+                anchors.centerIn: parent
+                symbol: row.symbol
+                size: 13
+                color: row.symbolColor
+            }
+        }
+        Label {
+            Layout.fillWidth: true
+            text: row.name
+            font.pointSize: 13
+            font.weight: row.isSelected ? Font.DemiBold : row.isDirectory ? Font.Medium : Font.Normal
+            color: row.isSelected ? Theme.accent : Theme.primary
+            elide: Text.ElideMiddle
+        }
+        StatusBadgeView {
+            visible: row.isDirectory && row.badgeCount > 0
+            count: row.badgeCount
+        }
+    }
+
+    TapHandler {
+        acceptedButtons: Qt.RightButton
+        onTapped: eventPoint => row.contextMenuRequested(eventPoint.position.x, eventPoint.position.y)
+    }
+}

@@ -1,0 +1,196 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import Pagewell
+
+// The open folder as an indented list: folders open and close in place, files open in the
+// editor. The keyboard moves with Up and Down, opens and closes folders with Right and Left, and
+// Return opens the current entry. The expanded folders live as long as this view.
+Item {
+    id: root
+
+    property alias model: treeModel
+    property alias list: list
+    property url targetDirForNewFile
+    property alias newFileName: nameField.text
+
+    function showNewFileSheet(folderUrl) {
+        targetDirForNewFile = folderUrl;
+        newFileSheet.open();
+    }
+
+    FolderTreeModel {
+        id: treeModel
+
+        store: WorkspaceStore
+    }
+
+    Label {
+        objectName: "emptyFolderText"
+        anchors.centerIn: parent
+        visible: treeModel.isEmptyFolder
+        text: "Aucun résultat trouvé"
+        font.pointSize: Theme.callout
+        color: Theme.secondary
+    }
+
+    ListView {
+        id: list
+
+        objectName: "folderTree"
+        anchors.fill: parent
+        anchors.leftMargin: 6
+        anchors.rightMargin: 6
+        anchors.topMargin: 4
+        anchors.bottomMargin: 4
+        spacing: 1
+        clip: true
+        model: treeModel
+        activeFocusOnTab: true
+        keyNavigationEnabled: true
+        highlightFollowsCurrentItem: false
+        currentIndex: -1
+        boundsBehavior: Flickable.StopAtBounds
+        Accessible.role: Accessible.Tree
+        Accessible.name: "Arborescence du dossier"
+        ScrollBar.vertical: ScrollBar {
+        }
+
+        delegate: FileRowView {
+            width: ListView.view.width
+            isCurrent: ListView.isCurrentItem && list.activeFocus
+            onClicked: {
+                list.currentIndex = index;
+                treeModel.activate(index);
+            }
+            onContextMenuRequested: (x, y) => {
+                list.currentIndex = index;
+                contextMenu.show(index, isDirectory, this, x, y);
+            }
+        }
+
+        onActiveFocusChanged: {
+            if (activeFocus && currentIndex < 0 && count > 0)
+                currentIndex = Math.max(0, treeModel.selectedRow);
+        }
+        Keys.onRightPressed: {
+            if (treeModel.isExpanded(currentIndex))
+                incrementCurrentIndex();
+            else
+                treeModel.expand(currentIndex);
+        }
+        Keys.onLeftPressed: {
+            if (treeModel.isExpanded(currentIndex))
+                treeModel.collapse(currentIndex);
+            else if (treeModel.parentRow(currentIndex) >= 0)
+                currentIndex = treeModel.parentRow(currentIndex);
+        }
+        Keys.onReturnPressed: treeModel.activate(currentIndex)
+        Keys.onEnterPressed: treeModel.activate(currentIndex)
+        Keys.onMenuPressed: {
+            if (currentItem)
+                contextMenu.show(currentIndex, currentItem.isDirectory, currentItem, 24, currentItem.height);
+        }
+    }
+
+    Menu {
+        id: contextMenu
+
+        property int row: -1
+        property bool forFolder: false
+        property url itemUrl
+
+        function show(row, isFolder, item, x, y) {
+            contextMenu.row = row;
+            forFolder = isFolder;
+            itemUrl = treeModel.data(treeModel.index(row, 0), FolderTreeModel.UrlRole);
+            popup(item, x, y);
+        }
+
+        objectName: "treeContextMenu"
+
+        MenuItem {
+            text: "Nouveau fichier Markdown"
+            visible: contextMenu.forFolder
+            height: visible ? implicitHeight : 0
+            icon.source: "icons/file-earmark-plus.svg"
+            onTriggered: root.showNewFileSheet(contextMenu.itemUrl)
+        }
+        MenuSeparator {
+            visible: contextMenu.forFolder
+            height: visible ? implicitHeight : 0
+        }
+        MenuItem {
+            objectName: "deleteItem"
+            text: "Supprimer"
+            icon.source: "icons/trash.svg"
+            icon.color: Theme.red
+            palette.windowText: Theme.red
+            palette.text: Theme.red
+            onTriggered: WorkspaceStore.deleteFile(contextMenu.itemUrl)
+        }
+    }
+
+    Dialog {
+        id: newFileSheet
+
+        objectName: "newFileSheet"
+        parent: Overlay.overlay
+        anchors.centerIn: parent
+        modal: true
+        width: 320
+        padding: 20
+        closePolicy: Popup.CloseOnEscape
+        onOpened: nameField.forceActiveFocus()
+        onRejected: nameField.text = ""
+
+        function create() {
+            if (nameField.text === "" || !createButton.enabled)
+                return;
+            WorkspaceStore.createNewFile(nameField.text, root.targetDirForNewFile);
+            nameField.text = "";
+            close();
+        }
+
+        contentItem: ColumnLayout {
+            spacing: 16
+
+            Label {
+                text: "Nouveau fichier Markdown"
+                font.pointSize: Theme.headline
+                font.bold: true
+                color: Theme.primary
+            }
+            TextField {
+                id: nameField
+
+                objectName: "newFileName"
+                Layout.fillWidth: true
+                placeholderText: "spec.md"
+                Accessible.name: "Nom du nouveau fichier"
+                selectByMouse: true
+                Keys.onReturnPressed: newFileSheet.create()
+                Keys.onEnterPressed: newFileSheet.create()
+            }
+            RowLayout {
+                Item {
+                    Layout.fillWidth: true
+                }
+                PwButton {
+                    objectName: "cancelButton"
+                    text: "Annuler"
+                    onClicked: newFileSheet.reject()
+                }
+                PwButton {
+                    id: createButton
+
+                    objectName: "createButton"
+                    text: "Créer"
+                    highlighted: true
+                    enabled: nameField.text.replace(/^[ \t]+|[ \t]+$/g, "") !== ""
+                    onClicked: newFileSheet.create()
+                }
+            }
+        }
+    }
+}

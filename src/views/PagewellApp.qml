@@ -1,0 +1,153 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Dialogs
+import Pagewell
+
+// The application's window with its menus: the scene every view lives in.
+ApplicationWindow {
+    id: window
+
+    readonly property bool hasFolder: WorkspaceStore.rootURL.toString() !== ""
+    readonly property bool hasDocument: WorkspaceStore.currentDocument !== undefined
+
+    // "Vérifier les mises à jour..." asks whoever runs the application.
+    signal updateCheckRequested
+
+    function openFolderDialog() {
+        folderDialog.open();
+    }
+
+    // Edit commands go to the focused field or editor, when it knows them.
+    function editFocused(command) {
+        const item = window.activeFocusItem;
+        if (item && typeof item[command] === "function")
+            item[command]();
+    }
+
+    width: 1200
+    height: 780
+    minimumWidth: 800
+    minimumHeight: 550
+    visible: true
+    title: hasFolder ? PathNames.lastComponent(PathNames.fromUrl(WorkspaceStore.rootURL)) + " — Pagewell" : "Pagewell"
+    color: Theme.contentBackground
+    palette.highlight: Theme.accent
+
+    menuBar: MenuBar {
+        Menu {
+            title: "Fichier"
+
+            Action {
+                text: "Ouvrir un dossier..."
+                shortcut: "Ctrl+O"
+                onTriggered: window.openFolderDialog()
+            }
+            Action {
+                text: "Nouveau fichier Markdown"
+                shortcut: "Ctrl+N"
+                enabled: window.hasFolder
+                onTriggered: WorkspaceStore.createNewFile("untitled.md")
+            }
+            Action {
+                text: "Enregistrer"
+                shortcut: "Ctrl+S"
+                enabled: window.hasDocument
+                onTriggered: WorkspaceStore.saveCurrentDocument()
+            }
+            MenuSeparator {
+            }
+            Action {
+                text: "Recharger le fichier"
+                shortcut: "Ctrl+R"
+                enabled: window.hasFolder
+                onTriggered: WorkspaceStore.reloadCurrentFolder()
+            }
+            MenuSeparator {
+            }
+            Action {
+                text: "Quitter"
+                shortcut: StandardKey.Quit
+                onTriggered: Qt.quit()
+            }
+        }
+        Menu {
+            title: "Édition"
+
+            Action {
+                text: "Annuler"
+                shortcut: StandardKey.Undo
+                onTriggered: window.editFocused("undo")
+            }
+            Action {
+                text: "Rétablir"
+                shortcut: StandardKey.Redo
+                onTriggered: window.editFocused("redo")
+            }
+            MenuSeparator {
+            }
+            Action {
+                text: "Couper"
+                shortcut: StandardKey.Cut
+                onTriggered: window.editFocused("cut")
+            }
+            Action {
+                text: "Copier"
+                shortcut: StandardKey.Copy
+                onTriggered: window.editFocused("copy")
+            }
+            Action {
+                text: "Coller"
+                shortcut: StandardKey.Paste
+                onTriggered: window.editFocused("paste")
+            }
+            Action {
+                text: "Tout sélectionner"
+                shortcut: StandardKey.SelectAll
+                onTriggered: window.editFocused("selectAll")
+            }
+        }
+        Menu {
+            title: "Recherche"
+
+            Action {
+                text: "Recherche"
+                shortcut: "Ctrl+Shift+F"
+                onTriggered: {
+                    WorkspaceStore.sidebarMode = SidebarMode.Search;
+                    mainView.focusSearchField();
+                }
+            }
+            Action {
+                text: "Plan du document"
+                shortcut: "Ctrl+Alt+I"
+                onTriggered: WorkspaceStore.isOutlineVisible = !WorkspaceStore.isOutlineVisible
+            }
+        }
+        Menu {
+            title: "Aide"
+
+            Action {
+                text: "Vérifier les mises à jour..."
+                onTriggered: window.updateCheckRequested()
+            }
+        }
+    }
+
+    MainSplitView {
+        id: mainView
+
+        anchors.fill: parent
+        onOpenFolder: window.openFolderDialog()
+    }
+
+    FolderDialog {
+        id: folderDialog
+
+        title: "Sélectionnez un dossier de documentation"
+        acceptLabel: "Sélectionnez un dossier de documentation"
+        onAccepted: {
+            if (selectedFolder.toString() !== "")
+                WorkspaceStore.openFolder(selectedFolder);
+        }
+    }
+}

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "model/FileSearchResults.h"
+#include "workspace/WorkspaceStore.h"
+
+#include <QAbstractListModel>
+#include <QPointer>
+#include <QtQml/qqmlregistration.h>
+
+#include <vector>
+
+// The search panel's rows: for each file of the results a header row, then one row per hit. The
+// rows are not stored: a row number is turned into a file and a hit by a binary search over the
+// files' first rows, so publishing 175,000 hits costs one pass over the files.
+class SearchResultsModel : public QAbstractListModel
+{
+    Q_OBJECT
+    QML_ELEMENT
+    Q_PROPERTY(WorkspaceStore *store READ store WRITE setStore NOTIFY storeChanged)
+    Q_PROPERTY(int count READ count NOTIFY resultsChanged)
+    Q_PROPERTY(int hitCount READ hitCount NOTIFY resultsChanged)
+    Q_PROPERTY(int fileCount READ fileCount NOTIFY resultsChanged)
+    // "3 résultats dans 1 fichier"
+    Q_PROPERTY(QString summaryText READ summaryText NOTIFY resultsChanged)
+    Q_PROPERTY(bool isSearching READ isSearching NOTIFY stateChanged)
+    // The status line shows while there is a query.
+    Q_PROPERTY(bool showsStatus READ showsStatus NOTIFY stateChanged)
+    // "Aucun résultat trouvé": a query, no search running, nothing found.
+    Q_PROPERTY(bool showsEmptyState READ showsEmptyState NOTIFY stateChanged)
+
+public:
+    enum Role {
+        IsFileRole = Qt::UserRole + 1,
+        FileNameRole,
+        FileUrlRole,
+        RelativePathRole,
+        HitCountRole,
+        LineNumberRole,
+        LineContentRole,
+    };
+    Q_ENUM(Role)
+
+    explicit SearchResultsModel(QObject *parent = nullptr);
+
+    WorkspaceStore *store() const { return m_store; }
+    void setStore(WorkspaceStore *store);
+    int count() const { return m_rowCount; }
+    int hitCount() const { return m_hitCount; }
+    int fileCount() const { return int(m_results.size()); }
+    QString summaryText() const { return summaryText(m_hitCount, fileCount()); }
+    bool isSearching() const;
+    bool showsStatus() const;
+    bool showsEmptyState() const;
+
+    static QString summaryText(qsizetype hits, qsizetype files);
+
+    int rowCount(const QModelIndex &parent = QModelIndex()) const override;
+    QVariant data(const QModelIndex &index, int role) const override;
+    QHash<int, QByteArray> roleNames() const override;
+
+    // Opens the file of a header or hit row, at its start.
+    Q_INVOKABLE void open(int row);
+
+Q_SIGNALS:
+    void storeChanged();
+    void resultsChanged();
+    void stateChanged();
+
+private:
+    void updateResults();
+    // The file of a row and the hit within it (-1 for the file's header row).
+    std::pair<qsizetype, qsizetype> locate(int row) const;
+
+    QPointer<WorkspaceStore> m_store;
+    QList<FileSearchResults> m_results;
+    std::vector<int> m_firstRows; // row of each file's header
+    int m_rowCount = 0;
+    int m_hitCount = 0;
+};

@@ -1,0 +1,125 @@
+#!/usr/bin/python3
+"""Starts the real application under its own Xvfb and session bus, on a fixture folder, and uses
+it through the accessibility bus as a person would: the tree, a file, the header's texts, the
+session remembered. Everything it starts ends with it."""
+import os
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+
+APP = sys.argv[1]
+SHOTS = os.environ.get("PAGEWELL_SHOTS")  # a folder for screenshots, when asked
+
+
+def fail(message):
+    print("FAIL:", message)
+    print("0 passed, 1 failed")
+    sys.exit(1)
+
+
+def find(node, predicate, depth=0):
+    if node is None or depth > 40:
+        return None
+    try:
+        if predicate(node):
+            return node
+        for i in range(node.childCount):
+            found = find(node.getChildAtIndex(i), predicate, depth + 1)
+            if found is not None:
+                return found
+    except Exception:
+        return None
+    return None
+
+
+def wait_for(what, check, timeout=20):
+    end = time.time() + timeout
+    while time.time() < end:
+        value = check()
+        if value:
+            return value
+        time.sleep(0.2)
+    fail("timed out waiting for " + what)
+
+
+def press(node):
+    action = node.queryAction()
+    for i in range(action.nActions):
+        if action.getName(i) in ("press", "Press", "click", "Click"):
+            action.doAction(i)
+            return
+    action.doAction(0)
+
+
+def main():
+    import pyatspi
+
+    work = tempfile.mkdtemp(prefix="pagewell-e2e-")
+    docs = os.path.join(work, "docs")
+    os.makedirs(os.path.join(docs, "guide"))
+    with open(os.path.join(docs, "README.md"), "w") as f:
+        f.write("# Accueil\n\nBienvenue dans la documentation.\n")
+    with open(os.path.join(docs, "guide", "start.md"), "w") as f:
+        f.write("# Démarrer\n\nTrois mots ici.\n")
+    env = dict(os.environ, HOME=os.path.join(work, "home"),
+               XDG_CONFIG_HOME=os.path.join(work, "config"), QT_QPA_PLATFORM="xcb",
+               QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", LANG="C.UTF-8", LC_ALL="C.UTF-8")
+    os.makedirs(env["HOME"])
+    app = subprocess.Popen([APP, docs], env=env, stdout=subprocess.PIPE,
+                           stderr=subprocess.STDOUT, start_new_session=True)
+    try:
+        desktop = pyatspi.Registry.getDesktop(0)
+        window_app = wait_for("the application on the accessibility bus", lambda: find(
+            desktop, lambda n: n.getRoleName() == "application" and n.name == "pagewell", 1)
+            or next((desktop.getChildAtIndex(i) for i in range(desktop.childCount)
+                     if desktop.getChildAtIndex(i) is not None
+                     and "pagewell" in (desktop.getChildAtIndex(i).name or "").lower()), None))
+
+        def row(name):
+            # Rows scrolled away or folded are kept for reuse, hidden.
+            return find(window_app, lambda n: n.getRoleName() in ("tree item", "list item")
+                        and n.name == name and n.getState().contains(pyatspi.STATE_VISIBLE))
+
+        # The readme opens with the folder, and the root's folder is open.
+        wait_for("the tree", lambda: row("README.md") and row("guide") and row("start.md"))
+        label = lambda text: find(window_app, lambda n: n.getRoleName() == "label"
+                                  and n.name == text)
+        wait_for("the readme in the header", lambda: label("README.md") and label("6 mots"))
+        if SHOTS:
+            subprocess.run(["import", "-window", "root", os.path.join(SHOTS, "e2e-readme.png")])
+
+        # A click on a file opens it; its header shows its place and its statistics.
+        press(row("start.md"))
+        wait_for("start.md in the header", lambda: label("guide/start.md") and label("5 mots")
+                 and label("~1 min de lecture"))
+        press(row("guide"))  # a folder closes, the document stays
+        wait_for("the folder to close", lambda: row("start.md") is None)
+        if not label("guide/start.md"):
+            fail("closing a folder changed the document")
+
+        conf = os.path.join(env["XDG_CONFIG_HOME"], "Pagewell", "Pagewell.conf")
+        stored = open(conf).read()
+        if "Pagewell.LastFile=" + os.path.join(docs, "guide", "start.md") not in stored:
+            fail("the last file is not remembered: " + stored)
+        if app.poll() is not None:
+            fail("the application exited")
+    finally:
+        os.killpg(app.pid, signal.SIGTERM)
+        try:
+            output = app.communicate(timeout=10)[0].decode(errors="replace")
+        except subprocess.TimeoutExpired:
+            os.killpg(app.pid, signal.SIGKILL)
+            output = app.communicate()[0].decode(errors="replace")
+        subprocess.run(["rm", "-rf", work])
+    for marker in ("TypeError", "ReferenceError", "is not a type", "unavailable", "Binding loop"):
+        if marker in output:
+            print(output)
+            fail("QML errors: " + marker)
+    print("PASS: tree, file opened by a click, header texts, session remembered")
+    print("1 passed, 0 failed")
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,325 @@
+#include "../core/TestFiles.h"
+#include "Appearance.h"
+#include "EditorHeaderModel.h"
+#include "FolderTreeModel.h"
+#include "OutlineModel.h"
+#include "SearchResultsModel.h"
+#include "model/DocumentStatistics.h"
+#include "model/FileUrl.h"
+
+#include <QAbstractItemModelTester>
+#include <QRandomGenerator>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTextBoundaryFinder>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QStringList column(const QAbstractItemModel &model, int role)
+{
+    QStringList values;
+    for (int row = 0; row < model.rowCount(); ++row)
+        values.append(model.data(model.index(row, 0), role).toString());
+    return values;
+}
+
+qsizetype graphemesByFinder(const QString &text)
+{
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    qsizetype count = 0;
+    while (finder.toNextBoundary() > 0)
+        ++count;
+    return count;
+}
+
+} // namespace
+
+class TestViewModels : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_scratch;
+    int m_made = 0;
+
+    std::unique_ptr<WorkspaceStore> makeStore()
+    {
+        return std::make_unique<WorkspaceStore>(std::make_unique<QSettings>(
+            m_scratch.filePath(u"settings-%1.ini"_s.arg(++m_made)), QSettings::IniFormat));
+    }
+
+    QString folder(const QStringList &files)
+    {
+        const QString path = m_scratch.filePath(u"w%1"_s.arg(++m_made));
+        QDir().mkpath(path);
+        for (const QString &file : files) {
+            if (file.endsWith(u'/'))
+                QDir().mkpath(path + u'/' + file);
+            else
+                writeFile(path + u'/' + file, "# " + file.toUtf8() + "\n\nsome words here\n");
+        }
+        return path;
+    }
+
+private Q_SLOTS:
+    void treeOpensRootFoldersAndTogglesInPlace()
+    {
+        auto store = makeStore();
+        const QString root = folder(
+            {u"A/C/deep.md"_s, u"A/a.md"_s, u"B/b.txt"_s, u"x.md"_s, u"z.svg"_s, u"y.txt"_s});
+        store->openFolder(QUrl::fromLocalFile(root));
+        FolderTreeModel model;
+        QAbstractItemModelTester tester(&model);
+        model.setStore(store.get());
+
+        // The root's folders open; deeper ones stay closed.
+        QCOMPARE(column(model, FolderTreeModel::NameRole),
+                 (QStringList {u"A"_s, u"C"_s, u"a.md"_s, u"B"_s, u"b.txt"_s, u"x.md"_s, u"y.txt"_s,
+                               u"z.svg"_s}));
+        QCOMPARE(column(model, FolderTreeModel::DepthRole),
+                 (QStringList {u"0"_s, u"1"_s, u"1"_s, u"0"_s, u"1"_s, u"0"_s, u"0"_s, u"0"_s}));
+        QCOMPARE(
+            column(model, FolderTreeModel::SymbolRole),
+            (QStringList {u"folder.fill"_s, u"folder.fill"_s, u"doc.text.fill"_s, u"folder.fill"_s,
+                          u"doc"_s, u"doc.text.fill"_s, u"doc"_s, u"chart.bar.doc.horizontal"_s}));
+        // Badges count Markdown below a folder; B has none.
+        QCOMPARE(column(model, FolderTreeModel::BadgeCountRole).mid(0, 4),
+                 (QStringList {u"2"_s, u"1"_s, u"0"_s, u"0"_s}));
+        QCOMPARE(model.parentRow(2), 0);
+        QCOMPARE(model.parentRow(3), -1);
+
+        // Opening and closing a folder inserts and removes just its rows.
+        QSignalSpy inserted(&model, &QAbstractItemModel::rowsInserted);
+        QSignalSpy removed(&model, &QAbstractItemModel::rowsRemoved);
+        QSignalSpy reset(&model, &QAbstractItemModel::modelReset);
+        const QUrl selected = store->selectedFileURL();
+        model.activate(1); // C
+        QCOMPARE(inserted.count(), 1);
+        QCOMPARE(inserted.at(0).at(1).toInt(), 2);
+        QCOMPARE(model.data(model.index(2), FolderTreeModel::NameRole).toString(), u"deep.md"_s);
+        QCOMPARE(model.data(model.index(2), FolderTreeModel::DepthRole).toInt(), 2);
+        model.activate(0); // A, with C open inside
+        QCOMPARE(removed.count(), 1);
+        QCOMPARE(removed.at(0).at(2).toInt(), 3);
+        QCOMPARE(model.count(), 6);
+        QCOMPARE(store->selectedFileURL(), selected); // a folder click selects nothing
+        model.activate(0);
+        QCOMPARE(model.count(), 9); // C is still open inside A
+        QCOMPARE(reset.count(), 0);
+
+        // A file click opens it, and the row shows as selected.
+        model.activate(3); // a.md
+        QCOMPARE(FileUrl::path(store->selectedFileURL()), root + u"/A/a.md"_s);
+        QVERIFY(model.data(model.index(3), FolderTreeModel::IsSelectedRole).toBool());
+        QCOMPARE(model.selectedRow(), 3);
+
+        // A rescan keeps what is open and touches only the rows that changed.
+        inserted.clear();
+        removed.clear();
+        store->createNewFile(u"new"_s, QUrl::fromLocalFile(root + u"/A/C"_s));
+        QCOMPARE(reset.count(), 0);
+        QCOMPARE(inserted.count(), 1);
+        QCOMPARE(removed.count(), 0);
+        QVERIFY(column(model, FolderTreeModel::NameRole).contains(u"new.md"_s));
+        QCOMPARE(model.data(model.index(0), FolderTreeModel::BadgeCountRole).toInt(), 3);
+        // An announcement of the same tree changes nothing.
+        inserted.clear();
+        QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
+        Q_EMIT store->rootItemChanged();
+        QCOMPARE(inserted.count() + removed.count() + changed.count(), 0);
+
+        // A folder that is gone leaves the expanded set.
+        QVERIFY(model.expandedFolderIds().contains(root + u"/A/C"_s));
+        store->deleteFile(FileUrl::fromPath(root + u"/A"_s));
+        QVERIFY(!model.expandedFolderIds().contains(root + u"/A/C"_s));
+        QCOMPARE(column(model, FolderTreeModel::NameRole),
+                 (QStringList {u"B"_s, u"b.txt"_s, u"x.md"_s, u"y.txt"_s, u"z.svg"_s}));
+        QVERIFY(!model.isEmptyFolder());
+    }
+
+    void treeOfAnotherFolderOpensItsRootFolders()
+    {
+        auto store = makeStore();
+        FolderTreeModel model;
+        QAbstractItemModelTester tester(&model);
+        model.setStore(store.get());
+        QCOMPARE(model.count(), 0);
+        QVERIFY(!model.isEmptyFolder());
+        store->openFolder(QUrl::fromLocalFile(folder({u"P/Q/q.md"_s})));
+        QCOMPARE(column(model, FolderTreeModel::NameRole), (QStringList {u"P"_s, u"Q"_s}));
+        store->openFolder(QUrl::fromLocalFile(folder({})));
+        QVERIFY(model.isEmptyFolder());
+        QCOMPARE(model.count(), 0);
+    }
+
+    void searchRowsAndSummary()
+    {
+        QCOMPARE(SearchResultsModel::summaryText(0, 0), u"0 résultat dans 0 fichier"_s);
+        QCOMPARE(SearchResultsModel::summaryText(1, 1), u"1 résultat dans 1 fichier"_s);
+        QCOMPARE(SearchResultsModel::summaryText(2, 1), u"2 résultats dans 1 fichier"_s);
+        QCOMPARE(SearchResultsModel::summaryText(3, 2), u"3 résultats dans 2 fichiers"_s);
+
+        auto store = makeStore();
+        const QString root = folder({u"b.md"_s, u"sub/a.md"_s, u"c.md"_s});
+        writeFile(root + u"/b.md"_s, "alpha\nnothing\nalpha beta\n");
+        writeFile(root + u"/sub/a.md"_s, "x\nALPHA\n");
+        store->openFolder(QUrl::fromLocalFile(root));
+        SearchResultsModel model;
+        QAbstractItemModelTester tester(&model);
+        model.setStore(store.get());
+        QVERIFY(!model.showsStatus());
+        QVERIFY(!model.showsEmptyState());
+
+        store->updateSearch(u"alpha"_s);
+        QVERIFY(model.isSearching());
+        QVERIFY(!model.showsEmptyState());
+        QTRY_VERIFY(!store->isSearching());
+        QCOMPARE(model.summaryText(), u"3 résultats dans 2 fichiers"_s);
+        QCOMPARE(model.count(), 5);
+        QCOMPARE(column(model, SearchResultsModel::IsFileRole),
+                 (QStringList {u"true"_s, u"false"_s, u"true"_s, u"false"_s, u"false"_s}));
+        QCOMPARE(column(model, SearchResultsModel::FileNameRole).at(0), u"a.md"_s);
+        QCOMPARE(model.data(model.index(0), SearchResultsModel::HitCountRole).toInt(), 1);
+        QCOMPARE(model.data(model.index(1), SearchResultsModel::RelativePathRole).toString(),
+                 u"sub/a.md"_s);
+        QCOMPARE(column(model, SearchResultsModel::LineNumberRole).mid(3),
+                 (QStringList {u"1"_s, u"3"_s}));
+        QCOMPARE(model.data(model.index(4), SearchResultsModel::LineContentRole).toString(),
+                 u"alpha beta"_s);
+        // A hit opens its file, at its start.
+        model.open(4);
+        QCOMPARE(FileUrl::path(store->selectedFileURL()), root + u"/b.md"_s);
+        model.open(1);
+        QCOMPARE(FileUrl::path(store->selectedFileURL()), root + u"/sub/a.md"_s);
+
+        // The same list announced again is not published again.
+        QSignalSpy reset(&model, &QAbstractItemModel::modelReset);
+        Q_EMIT store->searchResultsChanged();
+        QCOMPARE(reset.count(), 0);
+
+        store->updateSearch(u"zzz"_s);
+        QTRY_VERIFY(!store->isSearching());
+        QCOMPARE(model.summaryText(), u"0 résultat dans 0 fichier"_s);
+        QVERIFY(model.showsEmptyState());
+        QCOMPARE(model.count(), 0);
+    }
+
+    void outlineRowsAndRequests()
+    {
+        QCOMPARE(OutlineModel::indentation(1), QString());
+        QCOMPARE(OutlineModel::indentation(3), u"    "_s);
+        QCOMPARE(OutlineModel::indentation(6), QString(10, u' '));
+        QCOMPARE(OutlineModel::indentation(0), QString());
+        QCOMPARE(OutlineModel::indentation(-2), QString());
+        QCOMPARE(OutlineModel::tag(0), u"H0"_s);
+        QCOMPARE(OutlineModel::tag(2), u"H2"_s);
+
+        auto store = makeStore();
+        store->openFolder(QUrl::fromLocalFile(folder({u"doc.md"_s})));
+        OutlineModel model;
+        QAbstractItemModelTester tester(&model);
+        model.setStore(store.get());
+        QVERIFY(model.hasDocument());
+        QCOMPARE(model.count(), 0);
+        QVERIFY(model.sizeText().startsWith(u"Taille : "_s));
+        QVERIFY(model.modifiedText().startsWith(u"Modifié le : "_s));
+
+        QSignalSpy reset(&model, &QAbstractItemModel::modelReset);
+        const QList<HeadingItem> headings
+            = {{u"intro"_s, 1, u"Intro"_s}, {u"l'étape"_s, 3, u"L'étape"_s}};
+        store->updateHeadings(headings);
+        QCOMPARE(reset.count(), 1);
+        QCOMPARE(column(model, OutlineModel::TagRole), (QStringList {u"H1"_s, u"H3"_s}));
+        QCOMPARE(column(model, OutlineModel::IndentationRole), (QStringList {u""_s, u"    "_s}));
+        // The page reports the same outline after every edit: no reset for it.
+        store->updateHeadings(headings);
+        store->updateDocumentContent(u"# Intro\n"_s);
+        QCOMPARE(reset.count(), 1);
+
+        QSignalSpy requests(store.get(), &WorkspaceStore::headingScrollRequest);
+        model.scrollTo(1);
+        model.scrollTo(1);
+        QCOMPARE(requests.count(), 2);
+        QCOMPARE(requests.at(1).at(0).toString(), u"l'étape"_s);
+    }
+
+    void mediumDatesFollowTheLocale()
+    {
+        const QDateTime when(QDate(2026, 3, 5), QTime(14, 7));
+        QCOMPARE(OutlineModel::mediumDateTime(when, QLocale(QLocale::French, QLocale::France)),
+                 u"5 mars 2026 14:07"_s);
+        const QString english
+            = OutlineModel::mediumDateTime(when, QLocale(QLocale::English, QLocale::UnitedStates));
+        QVERIFY2(english.startsWith(u"Mar 5, 2026 2:07"_s), qPrintable(english));
+    }
+
+    void headerTextsAndRelativePath()
+    {
+        QCOMPARE(EditorHeaderModel::relativePath(u"/w/docs/api/a.md"_s, u"/w/docs"_s),
+                 u"api/a.md"_s);
+        // Every occurrence goes, not only a leading one.
+        QCOMPARE(EditorHeaderModel::relativePath(u"/w/docs/x/w/docs/a.md"_s, u"/w/docs"_s),
+                 u"xa.md"_s);
+        QCOMPARE(DocumentStatistics::readingTimeText(0), u"~1 min de lecture"_s);
+        QCOMPARE(DocumentStatistics::readingTimeText(200), u"~1 min de lecture"_s);
+        QCOMPARE(DocumentStatistics::readingTimeText(201), u"~2 min de lecture"_s);
+        QCOMPARE(DocumentStatistics::readingTimeText(400), u"~2 min de lecture"_s);
+        QCOMPARE(DocumentStatistics::readingTimeText(401), u"~3 min de lecture"_s);
+
+        auto store = makeStore();
+        const QString root = folder({u"docs/api/name.md"_s});
+        store->openFolder(QUrl::fromLocalFile(root));
+        EditorHeaderModel header;
+        header.setStore(store.get());
+        QCOMPARE(header.fileName(), u"name.md"_s);
+        QCOMPARE(header.relativePath(), u"docs/api/name.md"_s);
+        QVERIFY(!header.isDirty());
+        QCOMPARE(header.wordsText(), u"5 mots"_s);
+
+        QSignalSpy statistics(&header, &EditorHeaderModel::statisticsChanged);
+        store->updateDocumentContent(QString());
+        QVERIFY(header.isDirty());
+        QCOMPARE(header.wordsText(), u"0 mots"_s);
+        QCOMPARE(header.charactersText(), u"0 car."_s);
+        QCOMPARE(header.readingTimeText(), u"~1 min de lecture"_s);
+        QCOMPARE(statistics.count(), 1);
+        // A heading update does not count the text again.
+        store->updateHeadings({});
+        QCOMPARE(statistics.count(), 1);
+        store->updateDocumentContent(u"e\u0301t\u00E9 \U0001F1EB\U0001F1F7\r\n"_s);
+        QCOMPARE(header.charactersText(), u"6 car."_s); // e+accent, t, é, space, flag, CR LF
+    }
+
+    void charactersCountAsClusters()
+    {
+        // Held to Qt's own segmentation. Indic and Thai letters stay out: after them Qt 6.4
+        // splits a CR LF pair, which the segmentation rules keep whole.
+        const QStringList pieces
+            = {u"a"_s,          u"\r"_s,     u"\n"_s,     u"\r\n"_s,   u"\u0301"_s,
+               u"é"_s,          u"\u200D"_s, u"©"_s,      u"👨"_s,      u"\U0001F1EB"_s,
+               u"\U0001F3FD"_s, u"\uFE0F"_s, u"\u0308"_s, u"\u20DD"_s, u"한"_s,
+               u"\u1100"_s,     u"\u1161"_s, u" "_s,      u"\t"_s,     u"\u00AD"_s};
+        QRandomGenerator random(42);
+        for (int round = 0; round < 4000; ++round) {
+            QString text;
+            for (int i = random.bounded(0, 24); i > 0; --i)
+                text += pieces.at(random.bounded(int(pieces.size())));
+            QVERIFY2(DocumentStatistics::characterCount(text) == graphemesByFinder(text),
+                     text.toUtf8().toHex(' ').constData());
+        }
+        QCOMPARE(DocumentStatistics::characterCount(u"👨\u200D👩\u200D👧"_s), 1);
+        QCOMPARE(DocumentStatistics::characterCount(u"a\r\nb"_s), 3);
+    }
+
+    void portalColorSchemes()
+    {
+        QCOMPARE(Appearance::darkFromColorScheme(1), std::optional<bool>(true));
+        QCOMPARE(Appearance::darkFromColorScheme(2), std::optional<bool>(false));
+        QCOMPARE(Appearance::darkFromColorScheme(0), std::nullopt);
+    }
+};
+
+QTEST_MAIN(TestViewModels)
+#include "tst_viewmodels.moc"
