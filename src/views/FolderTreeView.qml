@@ -13,6 +13,7 @@ Item {
     property alias list: list
     property url targetDirForNewFile
     property alias newFileName: nameField.text
+    property alias newFileSheet: newFileSheet
 
     function showNewFileSheet(folderUrl) {
         targetDirForNewFile = folderUrl;

@@ -8,6 +8,7 @@ import Pagewell
 Item {
     id: root
 
+    property alias alert: alert
     readonly property bool hasFolder: WorkspaceStore.rootURL.toString() !== ""
     readonly property bool hasDocument: WorkspaceStore.currentDocument !== undefined
 

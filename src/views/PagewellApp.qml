@@ -7,6 +7,7 @@ import Pagewell
 ApplicationWindow {
     id: window
 
+    property alias mainView: mainView
     readonly property bool hasFolder: WorkspaceStore.rootURL.toString() !== ""
     readonly property bool hasDocument: WorkspaceStore.currentDocument !== undefined
 

@@ -1,0 +1,108 @@
+import QtQuick
+import QtTest
+import Pagewell
+
+TestCase {
+    id: test
+
+    name: "EditorPaneAndOutline"
+    width: 1000
+    height: 600
+    visible: true
+    when: windowShown
+
+    Component {
+        id: paneComponent
+
+        Row {
+            anchors.fill: parent
+
+            property alias pane: pane
+            property alias outline: outline
+
+            EditorContainerView {
+                id: pane
+
+                width: 760
+                height: parent.height
+            }
+            OutlineInspectorView {
+                id: outline
+
+                width: 240
+                height: parent.height
+            }
+        }
+    }
+
+    SignalSpy {
+        id: scrolls
+
+        target: WorkspaceStore
+        signalName: "headingScrollRequest"
+    }
+
+    function findChild(item, name) {
+        if (item.objectName === name)
+            return item;
+        const children = item.children || [];
+        for (let i = 0; i < children.length; ++i) {
+            const found = findChild(children[i], name);
+            if (found)
+                return found;
+        }
+        return null;
+    }
+
+    function test_headerAndOutline() {
+        const root = fixture.makeFolder(["docs/api/name.md"]);
+        WorkspaceStore.openFolder(fixture.url(root));
+        const view = createTemporaryObject(paneComponent, test);
+        verify(!findChild(view.pane, "placeholder").visible);
+        compare(findChild(view.pane, "fileName").text, "name.md");
+        compare(findChild(view.pane, "relativePath").text, "docs/api/name.md");
+        compare(findChild(view.pane, "words").text, "2 mots");
+        compare(findChild(view.pane, "characters").text, "19 car."); // "# docs/api/name.md\n"
+        compare(findChild(view.pane, "readingTime").text, "~1 min de lecture");
+        const save = findChild(view.pane, "saveButton");
+        const dot = findChild(view.pane, "unsavedIndicator");
+        compare(save.text, "Enregistré");
+        verify(!dot.visible);
+
+        // An edit shows the dot and the save button's other state; a save clears them.
+        WorkspaceStore.updateDocumentContent("# name.md\n\nun deux trois\n");
+        verify(dot.visible);
+        compare(save.text, "Enregistrer");
+        compare(findChild(view.pane, "words").text, "5 mots");
+        mouseClick(save);
+        compare(save.text, "Enregistré");
+        verify(!dot.visible);
+        verify(save.enabled); // it can still be pressed
+
+        // The outline: empty state, then headings with their tags and indentation.
+        verify(findChild(view.outline, "outlineEmptyState").visible);
+        verify(!findChild(view.outline, "headingCount").visible);
+        fixture.reportHeadings([["a", 1, "Alpha"], ["b", 3, "Beta"], ["z", 0, "Zero"]]);
+        verify(!findChild(view.outline, "outlineEmptyState").visible);
+        compare(findChild(view.outline, "headingCount").count, 3);
+        const list = findChild(view.outline, "headings");
+        tryVerify(() => list.itemAtIndex(2) !== null);
+        compare(list.itemAtIndex(1).indentation, "    ");
+        compare(list.itemAtIndex(1).tag, "H3");
+        compare(list.itemAtIndex(2).tag, "H0");
+        compare(list.itemAtIndex(2).indentation, "");
+        scrolls.clear();
+        mouseClick(list.itemAtIndex(1));
+        mouseClick(list.itemAtIndex(1));
+        compare(scrolls.count, 2);
+        compare(scrolls.signalArguments[1][0], "b");
+        verify(findChild(view.outline, "sizeText").text.startsWith("Taille : "));
+        verify(findChild(view.outline, "modifiedText").text.startsWith("Modifié le : "));
+
+        // The outline toggle flips the store's flag.
+        const visibleBefore = WorkspaceStore.isOutlineVisible;
+        mouseClick(findChild(view.pane, "outlineToggle"));
+        compare(WorkspaceStore.isOutlineVisible, !visibleBefore);
+        WorkspaceStore.isOutlineVisible = visibleBefore;
+    }
+}

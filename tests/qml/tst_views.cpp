@@ -1,0 +1,85 @@
+// Runs one QML test file of the views (given with -input) against the application's one store,
+// on temporary folders and a preferences file of the test's own.
+#include "../core/TestFiles.h"
+#include "model/HeadingItem.h"
+#include "workspace/WorkspaceStore.h"
+
+#include <QQmlContext>
+#include <QQmlEngine>
+#include <QQmlExtensionPlugin>
+#include <QTemporaryDir>
+#include <QtQuickTest>
+
+Q_IMPORT_QML_PLUGIN(PagewellPlugin)
+
+using namespace Qt::StringLiterals;
+
+// What the QML tests need beyond the views: folders with files, and the editor page's part.
+class Fixture : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Fixture(QObject *parent = nullptr) : QObject(parent) { }
+
+    // A new folder holding `files` (a name ending in "/" is a folder); each file holds its name
+    // as a heading.
+    Q_INVOKABLE QString makeFolder(const QStringList &files)
+    {
+        const QString path = m_dir.filePath(u"f%1"_s.arg(++m_count));
+        QDir().mkpath(path);
+        for (const QString &file : files) {
+            if (file.endsWith(u'/'))
+                QDir().mkpath(path + u'/' + file);
+            else
+                writeFile(path + u'/' + file, "# " + file.toUtf8() + '\n');
+        }
+        return path;
+    }
+    Q_INVOKABLE void write(const QString &path, const QString &text) const
+    {
+        writeFile(path, text.toUtf8());
+    }
+    Q_INVOKABLE bool exists(const QString &path) const { return QFileInfo::exists(path); }
+    Q_INVOKABLE QUrl url(const QString &path) const { return QUrl::fromLocalFile(path); }
+    // The outline as the editor page would report it: [[id, level, text], ...].
+    Q_INVOKABLE void reportHeadings(const QVariantList &headings) const
+    {
+        QList<HeadingItem> items;
+        for (const QVariant &heading : headings) {
+            const QVariantList fields = heading.toList();
+            items.append({fields.at(0).toString(), fields.at(1).toInt(), fields.at(2).toString()});
+        }
+        WorkspaceStore::shared()->updateHeadings(items);
+    }
+
+private:
+    QTemporaryDir m_dir;
+    int m_count = 0;
+};
+
+class Setup : public QObject
+{
+    Q_OBJECT
+
+public:
+    Setup()
+    {
+        // The store reads its preferences when QML first uses it: from here, not the user's.
+        qputenv("XDG_CONFIG_HOME", QFile::encodeName(m_config.path()));
+    }
+
+public Q_SLOTS:
+    void qmlEngineAvailable(QQmlEngine *engine)
+    {
+        engine->addImportPath(u"qrc:/qt/qml"_s);
+        engine->rootContext()->setContextProperty(u"fixture"_s, &m_fixture);
+    }
+
+private:
+    QTemporaryDir m_config;
+    Fixture m_fixture;
+};
+
+QUICK_TEST_MAIN_WITH_SETUP(pagewell_views, Setup)
+#include "tst_views.moc"
