@@ -34,7 +34,7 @@ def find(node, predicate, depth=0):
     return None
 
 
-def wait_for(what, check, timeout=20):
+def wait_for(what, check, timeout=60):
     end = time.time() + timeout
     while time.time() < end:
         value = check()
