@@ -85,8 +85,10 @@ ItemDelegate {
         }
     }
 
-    TapHandler {
+    // Takes the right button for itself, so a context click never reaches the row's own click.
+    MouseArea {
+        anchors.fill: parent
         acceptedButtons: Qt.RightButton
-        onTapped: eventPoint => row.contextMenuRequested(eventPoint.position.x, eventPoint.position.y)
+        onClicked: mouse => row.contextMenuRequested(mouse.x, mouse.y)
     }
 }

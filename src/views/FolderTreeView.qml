@@ -14,6 +14,7 @@ Item {
     property url targetDirForNewFile
     property alias newFileName: nameField.text
     property alias newFileSheet: newFileSheet
+    property alias contextMenu: contextMenu
 
     function showNewFileSheet(folderUrl) {
         targetDirForNewFile = folderUrl;

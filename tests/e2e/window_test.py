@@ -67,10 +67,13 @@ def main():
                XDG_CONFIG_HOME=os.path.join(work, "config"), QT_QPA_PLATFORM="xcb",
                QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", LANG="C.UTF-8", LC_ALL="C.UTF-8")
     os.makedirs(env["HOME"])
+    # The accessibility bus and its registry first: an application started before them stays
+    # off the bus.
+    desktop = pyatspi.Registry.getDesktop(0)
+    desktop.childCount
     app = subprocess.Popen([APP, docs], env=env, stdout=subprocess.PIPE,
                            stderr=subprocess.STDOUT, start_new_session=True)
     try:
-        desktop = pyatspi.Registry.getDesktop(0)
         window_app = wait_for("the application on the accessibility bus", lambda: find(
             desktop, lambda n: n.getRoleName() == "application" and n.name == "pagewell", 1)
             or next((desktop.getChildAtIndex(i) for i in range(desktop.childCount)

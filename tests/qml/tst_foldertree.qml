@@ -73,6 +73,13 @@ TestCase {
         compare(names(t.tree), ["A", "C", "B", "b.md", "notes.txt", "x.md"]);
         compare(WorkspaceStore.selectedFileURL, selected);
 
+        // A right click opens the context menu and leaves the folder as it was.
+        mouseClick(rowNamed(t.tree, "A"), 20, 10, Qt.RightButton);
+        compare(names(t.tree), ["A", "C", "B", "b.md", "notes.txt", "x.md"]);
+        tryVerify(() => t.tree.contextMenu.visible);
+        verify(t.tree.contextMenu.forFolder);
+        t.tree.contextMenu.close();
+
         // A file click opens and selects it; its row takes the selected look.
         const row = rowNamed(t.tree, "b.md");
         mouseClick(row);
