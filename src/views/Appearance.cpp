@@ -2,7 +2,7 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QDBusReply>
+#include <QDBusPendingCallWatcher>
 #include <QDBusVariant>
 #include <QEvent>
 #include <QGuiApplication>
@@ -71,10 +71,19 @@ Appearance::Appearance(QObject *parent) : QObject(parent)
         QDBusMessage read = QDBusMessage::createMethodCall(portalService, portalPath,
                                                            settingsInterface, u"Read"_s);
         read << appearanceGroup << colorSchemeKey;
-        // Short: without a portal the call fails at once, with a slow one the window waits.
-        const QDBusMessage reply = bus.call(read, QDBus::Block, 300);
-        if (reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty())
-            m_portal = darkFromColorScheme(unwrap(reply.arguments().constFirst()));
+        // Asked without waiting: starting the portal can take a while, and the window does not
+        // wait for it. Until it answers, the palette decides.
+        auto *answer = new QDBusPendingCallWatcher(bus.asyncCall(read), this);
+        connect(answer, &QDBusPendingCallWatcher::finished, this,
+                [this](QDBusPendingCallWatcher *call) {
+                    const QDBusMessage reply = call->reply();
+                    if (reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty()
+                        && !m_portal) {
+                        m_portal = darkFromColorScheme(unwrap(reply.arguments().constFirst()));
+                        reevaluate();
+                    }
+                    call->deleteLater();
+                });
         bus.connect(portalService, portalPath, settingsInterface, u"SettingChanged"_s, this,
                     SLOT(portalSettingChanged(QString, QString, QDBusVariant)));
     }

@@ -1,5 +1,6 @@
 #include "EditorHeaderModel.h"
 
+#include "StoreBinding.h"
 #include "model/DocumentStatistics.h"
 #include "model/FileUrl.h"
 
@@ -9,17 +10,13 @@ EditorHeaderModel::EditorHeaderModel(QObject *parent) : QObject(parent) { }
 
 void EditorHeaderModel::setStore(WorkspaceStore *store)
 {
-    if (store == m_store)
+    if (!rebindStore(m_store, store, this))
         return;
-    if (m_store)
-        m_store->disconnect(this);
-    m_store = store;
     if (store) {
         connect(store, &WorkspaceStore::currentDocumentChanged, this, &EditorHeaderModel::update);
         connect(store, &WorkspaceStore::rootURLChanged, this, &EditorHeaderModel::update);
     }
-    m_content = QString();
-    m_wordsText.clear();
+    m_counted.reset();
     update();
     Q_EMIT storeChanged();
 }
@@ -50,13 +47,11 @@ void EditorHeaderModel::update()
     }
 
     const QString content = document ? document->content : QString();
-    // The same shared text (a heading update, a save) needs no count.
-    if (!m_wordsText.isEmpty() && content.constData() == m_content.constData()
-        && content.size() == m_content.size())
+    // A heading update or a save hands over the same text: no count (QString compares shared
+    // data in constant time).
+    if (m_counted && content == *m_counted)
         return;
-    if (!m_wordsText.isEmpty() && content == m_content)
-        return;
-    m_content = content;
+    m_counted = content;
     const qsizetype words = EditorDocument::countWords(content);
     m_wordsText = DocumentStatistics::wordsText(words);
     m_charactersText

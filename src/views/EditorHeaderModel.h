@@ -6,6 +6,8 @@
 #include <QPointer>
 #include <QtQml/qqmlregistration.h>
 
+#include <optional>
+
 // What the editor header shows of the open document: its name, its path in the folder and its
 // statistics. The statistics are counted again only when the text itself changed, once per
 // edit message, never per frame.
@@ -53,7 +55,7 @@ private:
     QString m_fileName;
     QString m_relativePath;
     bool m_isDirty = false;
-    QString m_content; // the text the statistics were counted on
+    std::optional<QString> m_counted; // the text the statistics were counted on
     QString m_wordsText;
     QString m_charactersText;
     QString m_readingTimeText;

@@ -109,7 +109,7 @@ Rectangle {
             leftPadding: 8
             rightPadding: 8
             spacing: 4
-            icon.source: root.model.isDirty ? "icons/floppy-fill.svg" : "icons/check-circle.svg"
+            icon.source: Symbols.source(root.model.isDirty ? "square.and.arrow.down.fill" : "checkmark.circle")
             icon.width: 13
             icon.height: 13
             icon.color: tint

@@ -47,40 +47,17 @@ Rectangle {
             }
         }
 
-        PwButton {
-            id: chooseButton
-
+        ProminentButton {
             objectName: "chooseFolderButton"
             Layout.alignment: Qt.AlignHCenter
             text: "Choisir un dossier"
+            symbol: "folder"
             leftPadding: 16
             rightPadding: 16
             topPadding: 8
             bottomPadding: 8
             font.pointSize: Theme.body
             onClicked: root.openFolder()
-            contentItem: Row {
-                spacing: 6
-
-                SymbolIcon {
-                    anchors.verticalCenter: parent.verticalCenter
-                    symbol: "folder"
-                    size: Theme.body
-                    color: "white"
-                }
-                Label {
-                    anchors.verticalCenter: parent.verticalCenter
-                    text: chooseButton.text
-                    font: chooseButton.font
-                    color: "white"
-                }
-            }
-            background: Rectangle {
-                radius: 6
-                color: chooseButton.down ? Qt.darker(Theme.accent, 1.2) : chooseButton.hovered ? Qt.lighter(Theme.accent, 1.1) : Theme.accent
-                border.width: chooseButton.visualFocus ? 2 : 0
-                border.color: Qt.lighter(Theme.accent, 1.5)
-            }
         }
 
         Rectangle {

@@ -1,5 +1,6 @@
 #include "FolderTreeModel.h"
 
+#include "StoreBinding.h"
 #include "model/FileUrl.h"
 
 #include <algorithm>
@@ -10,11 +11,8 @@ FolderTreeModel::FolderTreeModel(QObject *parent) : QAbstractListModel(parent) {
 
 void FolderTreeModel::setStore(WorkspaceStore *store)
 {
-    if (store == m_store)
+    if (!rebindStore(m_store, store, this))
         return;
-    if (m_store)
-        m_store->disconnect(this);
-    m_store = store;
     if (store) {
         connect(store, &WorkspaceStore::rootItemChanged, this, &FolderTreeModel::rootItemChanged);
         connect(store, &WorkspaceStore::selectedFileURLChanged, this,
@@ -25,8 +23,9 @@ void FolderTreeModel::setStore(WorkspaceStore *store)
     }
     m_selectedPath = store ? FileUrl::path(store->selectedFileURL()) : QString();
     m_root.reset();
+    // A new tree view shows the root's folders open.
+    m_expandRootOnNextTree = true;
     rootItemChanged();
-    autoExpandRootFolders();
     Q_EMIT storeChanged();
 }
 
@@ -169,16 +168,6 @@ int FolderTreeModel::parentRow(int row) const
             return r;
     }
     return -1;
-}
-
-void FolderTreeModel::autoExpandRootFolders()
-{
-    if (!m_root)
-        return;
-    for (const FileItem &child : m_root->children()) {
-        if (child.isDirectory() && !m_expanded.contains(child.id()))
-            expand(rowOf(child.id()));
-    }
 }
 
 int FolderTreeModel::selectedRow() const

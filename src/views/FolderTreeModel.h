@@ -59,8 +59,6 @@ public:
     // The row of the folder holding `row`, or -1 at the top level.
     Q_INVOKABLE int parentRow(int row) const;
     Q_INVOKABLE bool isExpanded(int row) const;
-    // Opens every folder at the root's first level; folders the user opened stay open.
-    Q_INVOKABLE void autoExpandRootFolders();
 
 Q_SIGNALS:
     void storeChanged();

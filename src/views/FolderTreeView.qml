@@ -115,7 +115,7 @@ Item {
             text: "Nouveau fichier Markdown"
             visible: contextMenu.forFolder
             height: visible ? implicitHeight : 0
-            icon.source: "icons/file-earmark-plus.svg"
+            icon.source: Symbols.source("doc.badge.plus")
             onTriggered: root.showNewFileSheet(contextMenu.itemUrl)
         }
         MenuSeparator {
@@ -125,7 +125,7 @@ Item {
         MenuItem {
             objectName: "deleteItem"
             text: "Supprimer"
-            icon.source: "icons/trash.svg"
+            icon.source: Symbols.source("trash")
             icon.color: Theme.red
             palette.windowText: Theme.red
             palette.text: Theme.red
@@ -168,7 +168,7 @@ Item {
 
                 objectName: "newFileName"
                 Layout.fillWidth: true
-                placeholderText: "spec.md"
+                placeholderText: "notes.md"
                 Accessible.name: "Nom du nouveau fichier"
                 selectByMouse: true
                 Keys.onReturnPressed: newFileSheet.create()
@@ -183,12 +183,11 @@ Item {
                     text: "Annuler"
                     onClicked: newFileSheet.reject()
                 }
-                PwButton {
+                ProminentButton {
                     id: createButton
 
                     objectName: "createButton"
                     text: "Créer"
-                    highlighted: true
                     enabled: nameField.text.replace(/^[ \t]+|[ \t]+$/g, "") !== ""
                     onClicked: newFileSheet.create()
                 }

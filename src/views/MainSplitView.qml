@@ -72,8 +72,19 @@ Item {
         title: "Pagewell"
         visible: WorkspaceStore.showAlert
         closePolicy: Popup.CloseOnEscape
+        padding: 16
         onClosed: WorkspaceStore.showAlert = false
         onOpened: okButton.forceActiveFocus()
+
+        header: Label {
+            text: alert.title
+            font.pointSize: Theme.headline
+            font.bold: true
+            color: Theme.primary
+            leftPadding: 16
+            rightPadding: 16
+            topPadding: 14
+        }
 
         Label {
             width: parent.width
@@ -83,11 +94,10 @@ Item {
         }
 
         footer: DialogButtonBox {
-            PwButton {
+            ProminentButton {
                 id: okButton
 
                 text: "OK"
-                highlighted: true
                 DialogButtonBox.buttonRole: DialogButtonBox.AcceptRole
                 Keys.onReturnPressed: clicked()
                 Keys.onEnterPressed: clicked()

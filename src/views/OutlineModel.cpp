@@ -1,5 +1,7 @@
 #include "OutlineModel.h"
 
+#include "StoreBinding.h"
+
 #include <QLocale>
 #include <QRegularExpression>
 
@@ -20,11 +22,8 @@ OutlineModel::OutlineModel(QObject *parent) : QAbstractListModel(parent) { }
 
 void OutlineModel::setStore(WorkspaceStore *store)
 {
-    if (store == m_store)
+    if (!rebindStore(m_store, store, this))
         return;
-    if (m_store)
-        m_store->disconnect(this);
-    m_store = store;
     if (store)
         connect(store, &WorkspaceStore::currentDocumentChanged, this, &OutlineModel::update);
     update();

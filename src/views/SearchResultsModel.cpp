@@ -1,5 +1,7 @@
 #include "SearchResultsModel.h"
 
+#include "StoreBinding.h"
+
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -8,11 +10,8 @@ SearchResultsModel::SearchResultsModel(QObject *parent) : QAbstractListModel(par
 
 void SearchResultsModel::setStore(WorkspaceStore *store)
 {
-    if (store == m_store)
+    if (!rebindStore(m_store, store, this))
         return;
-    if (m_store)
-        m_store->disconnect(this);
-    m_store = store;
     if (store) {
         connect(store, &WorkspaceStore::searchResultsChanged, this,
                 &SearchResultsModel::updateResults);
@@ -139,7 +138,5 @@ void SearchResultsModel::open(int row)
 {
     if (row < 0 || row >= m_rowCount || !m_store)
         return;
-    const auto [fileIndex, hitIndex] = locate(row);
-    Q_UNUSED(hitIndex)
-    m_store->openFile(m_results.at(fileIndex).fileURL);
+    m_store->openFile(m_results.at(locate(row).first).fileURL);
 }

@@ -19,6 +19,19 @@ inline void writeFile(const QString &path, const QByteArray &bytes)
     QCOMPARE(file.write(bytes), bytes.size());
 }
 
+// Makes `path` with `files` below it: a name ending in "/" is a folder, a file holds its own
+// name as a heading.
+inline void makeTree(const QString &path, const QStringList &files)
+{
+    QVERIFY(QDir().mkpath(path));
+    for (const QString &file : files) {
+        if (file.endsWith(u'/'))
+            QVERIFY(QDir().mkpath(path + u'/' + file));
+        else
+            writeFile(path + u'/' + file, "# " + file.toUtf8() + '\n');
+    }
+}
+
 inline QByteArray readFile(const QString &path)
 {
     QFile file(path);

@@ -41,9 +41,7 @@ class TestWorkspaceStore : public QObject
     QString folder(const QStringList &files)
     {
         const QString path = m_scratch.filePath(u"f%1"_s.arg(++m_settingsCount));
-        QDir().mkpath(path);
-        for (const QString &file : files)
-            writeFile(path + u'/' + file, "# " + file.toUtf8() + '\n');
+        makeTree(path, files);
         return path;
     }
 

@@ -42,18 +42,6 @@ TestCase {
         signalName: "headingScrollRequest"
     }
 
-    function findChild(item, name) {
-        if (item.objectName === name)
-            return item;
-        const children = item.children || [];
-        for (let i = 0; i < children.length; ++i) {
-            const found = findChild(children[i], name);
-            if (found)
-                return found;
-        }
-        return null;
-    }
-
     function test_headerAndOutline() {
         const root = fixture.makeFolder(["docs/api/name.md"]);
         WorkspaceStore.openFolder(fixture.url(root));

@@ -19,24 +19,13 @@ TestCase {
         }
     }
 
-    function find(item, name) {
-        if (item.objectName === name)
-            return item;
-        for (let i = 0; i < item.children.length; ++i) {
-            const found = find(item.children[i], name);
-            if (found)
-                return found;
-        }
-        return null;
-    }
-
     function test_recentFolders() {
         for (let i = 1; i <= 7; ++i)
             WorkspaceStore.openFolder(fixture.url(fixture.makeFolder(["r" + i + ".md"])));
         const view = createTemporaryObject(screen, test);
-        const block = find(view, "recentFolders");
+        const block = findChild(view, "recentFolders");
         verify(block.visible);
-        const rows = find(view, "recentRows");
+        const rows = findChild(view, "recentRows");
         // Seven remembered folders show five, most recent first.
         compare(rows.count, 5);
         compare(rows.itemAt(0).modelData, WorkspaceStore.recentFolderPaths[0]);
@@ -49,7 +38,7 @@ TestCase {
         compare(WorkspaceStore.recentFolderPaths[0], fourth);
 
         // Clearing the history hides the whole block.
-        mouseClick(find(view, "clearRecentsButton"));
+        mouseClick(findChild(view, "clearRecentsButton"));
         compare(WorkspaceStore.recentFolderPaths.length, 0);
         verify(!block.visible);
     }
@@ -59,7 +48,7 @@ TestCase {
         const spy = createTemporaryObject(spyComponent, test, {
                 "target": view
             });
-        mouseClick(find(view, "chooseFolderButton"));
+        mouseClick(findChild(view, "chooseFolderButton"));
         compare(spy.count, 1);
     }
 

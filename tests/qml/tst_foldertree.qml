@@ -37,20 +37,6 @@ TestCase {
         return result;
     }
 
-    function findChild(item, name) {
-        if (item.objectName === name)
-            return item;
-        const children = item.children || [];
-        for (let i = 0; i < children.length; ++i) {
-            const found = findChild(children[i], name);
-            if (found)
-                return found;
-        }
-        if (item.contentItem && item.contentItem !== item)
-            return findChild(item.contentItem, name);
-        return null;
-    }
-
     function openTree(files) {
         const root = fixture.makeFolder(files);
         WorkspaceStore.openFolder(fixture.url(root));

@@ -19,18 +19,6 @@ TestCase {
         }
     }
 
-    function findChild(item, name) {
-        if (item.objectName === name)
-            return item;
-        const children = item.children || [];
-        for (let i = 0; i < children.length; ++i) {
-            const found = findChild(children[i], name);
-            if (found)
-                return found;
-        }
-        return null;
-    }
-
     function test_switchFollowsTheTrimmedQuery() {
         const root = fixture.makeFolder(["guide.md", "other.md"]);
         fixture.write(root + "/guide.md", "# Guide\ninstaller\nplus rien\nINSTALLER encore\n");

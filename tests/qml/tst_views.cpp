@@ -27,13 +27,7 @@ public:
     Q_INVOKABLE QString makeFolder(const QStringList &files)
     {
         const QString path = m_dir.filePath(u"f%1"_s.arg(++m_count));
-        QDir().mkpath(path);
-        for (const QString &file : files) {
-            if (file.endsWith(u'/'))
-                QDir().mkpath(path + u'/' + file);
-            else
-                writeFile(path + u'/' + file, "# " + file.toUtf8() + '\n');
-        }
+        makeTree(path, files);
         return path;
     }
     Q_INVOKABLE void write(const QString &path, const QString &text) const
