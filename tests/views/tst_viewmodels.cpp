@@ -8,6 +8,8 @@
 #include "model/FileUrl.h"
 
 #include <QAbstractItemModelTester>
+#include <QGuiApplication>
+#include <QPalette>
 #include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -312,6 +314,21 @@ private Q_SLOTS:
         QCOMPARE(Appearance::darkFromColorScheme(1), std::optional<bool>(true));
         QCOMPARE(Appearance::darkFromColorScheme(2), std::optional<bool>(false));
         QCOMPARE(Appearance::darkFromColorScheme(0), std::nullopt);
+
+        // Without a portal the palette decides; a forced dark look darkens the palette too, so
+        // the style draws what the views expect.
+        qunsetenv("DBUS_SESSION_BUS_ADDRESS");
+        QGuiApplication::setPalette(QPalette(QColor(0x20, 0x20, 0x20)));
+        QVERIFY(Appearance().isDark());
+        QGuiApplication::setPalette(QPalette(QColor(0xEE, 0xEE, 0xEE)));
+        QVERIFY(!Appearance().isDark());
+        qputenv("PAGEWELL_APPEARANCE", "dark");
+        {
+            const Appearance forced;
+            QVERIFY(forced.isDark());
+            QVERIFY(QGuiApplication::palette().color(QPalette::Window).lightness() < 128);
+        }
+        qunsetenv("PAGEWELL_APPEARANCE");
     }
 };
 
