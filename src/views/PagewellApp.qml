@@ -15,6 +15,9 @@ ApplicationWindow {
     signal updateCheckRequested
 
     function openFolderDialog() {
+        // Starts beside the open folder, where the next one usually is.
+        if (hasFolder)
+            folderDialog.currentFolder = PathNames.toUrl(PathNames.fromUrl(WorkspaceStore.rootURL) + "/..");
         folderDialog.open();
     }
 
