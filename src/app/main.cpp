@@ -1,6 +1,8 @@
 #include "AppDelegate.h"
+#include "Coordinator.h"
 #include "workspace/WorkspaceStore.h"
 
+#include <QFile>
 #include <QGuiApplication>
 #include <QLibraryInfo>
 #include <QLocale>
@@ -8,8 +10,10 @@
 #include <QQmlExtensionPlugin>
 #include <QQuickStyle>
 #include <QTranslator>
+#include <QtWebEngineQuick>
 
 #include <csignal>
+#include <unistd.h>
 
 Q_IMPORT_QML_PLUGIN(PagewellPlugin)
 
@@ -20,7 +24,17 @@ int main(int argc, char *argv[])
     // Under a file-size limit a save must fail with an error the user is told about, not end the
     // process with SIGXFSZ.
     std::signal(SIGXFSZ, SIG_IGN);
+    // Chromium refuses to run its sandbox as root.
+    if (::geteuid() == 0 && qEnvironmentVariableIsEmpty("QTWEBENGINE_DISABLE_SANDBOX"))
+        qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
+    QtWebEngineQuick::initialize();
     QGuiApplication app(argc, argv);
+    // The spelling dictionaries ship beside the editor page; the web profile reads them when it
+    // is made.
+    if (qEnvironmentVariableIsEmpty("QTWEBENGINE_DICTIONARIES_PATH"))
+        qputenv(
+            "QTWEBENGINE_DICTIONARIES_PATH",
+            QFile::encodeName(Coordinator::resourceDirectory() + u"/qtwebengine_dictionaries"_s));
     QGuiApplication::setOrganizationName(u"Pagewell"_s);
     QGuiApplication::setApplicationName(u"Pagewell"_s);
     QGuiApplication::setApplicationVersion(QStringLiteral(PAGEWELL_VERSION));

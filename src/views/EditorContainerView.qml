@@ -7,7 +7,7 @@ import Pagewell
 Rectangle {
     id: root
 
-    // Where the editor page goes.
+    // The editor page, while a document is open.
     property alias editorArea: editorArea
 
     color: Theme.contentBackground
@@ -66,12 +66,16 @@ Rectangle {
         }
         Divider {
         }
-        Item {
+        Loader {
             id: editorArea
 
             objectName: "editorArea"
             Layout.fillWidth: true
             Layout.fillHeight: true
+            // One page for as long as some document is open; documents change inside it.
+            active: header.hasDocument
+            sourceComponent: MarkdownEditorView {
+            }
         }
     }
 }

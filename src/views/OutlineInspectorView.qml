@@ -41,13 +41,12 @@ Rectangle {
                     color: Theme.primary
                 }
                 Label {
+                    Layout.fillWidth: true
                     text: "Plan du document"
                     font.pointSize: 12
                     font.bold: true
                     color: Theme.primary
-                }
-                Item {
-                    Layout.fillWidth: true
+                    elide: Text.ElideRight
                 }
                 StatusBadgeView {
                     objectName: "headingCount"

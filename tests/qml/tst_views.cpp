@@ -9,6 +9,7 @@
 #include <QQmlExtensionPlugin>
 #include <QTemporaryDir>
 #include <QtQuickTest>
+#include <QtWebEngineQuick>
 
 Q_IMPORT_QML_PLUGIN(PagewellPlugin)
 
@@ -61,6 +62,8 @@ public:
     {
         // The store reads its preferences when QML first uses it: from here, not the user's.
         qputenv("XDG_CONFIG_HOME", QFile::encodeName(m_config.path()));
+        // The editor pane holds the web engine; it must be set up before the application.
+        QtWebEngineQuick::initialize();
     }
 
 public Q_SLOTS:

@@ -92,7 +92,9 @@ export function createEditor(parent, { post }) {
 
   function onUpdate(update) {
     if (!update.docChanged) return;
-    const t0 = performance.now(); const outlineChanged = index ? index.update(update.startState.doc, update.state.doc, update.changes) : false; (window.__t ||= []).push(performance.now() - t0);
+    const outlineChanged = index
+      ? index.update(update.startState.doc, update.state.doc, update.changes)
+      : false;
     if (update.state.doc.length < LARGE_DOCUMENT) {
       sendContent();
     } else if (!contentTimer) {

@@ -1,0 +1,194 @@
+#include "Coordinator.h"
+
+#include "EditorScripts.h"
+#include "StoreBinding.h"
+#include "model/FileUrl.h"
+#include "model/HeadingItem.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QJSValue>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QJsonValue>
+
+using namespace Qt::StringLiterals;
+
+Coordinator::Coordinator(QObject *parent) : QObject(parent) { }
+
+void Coordinator::setStore(WorkspaceStore *store)
+{
+    if (!rebindStore(m_store, store, this))
+        return;
+    if (store) {
+        connect(store, &WorkspaceStore::currentDocumentChanged, this, &Coordinator::update);
+        // The two request channels: each value is one call, sent once.
+        connect(store, &WorkspaceStore::headingScrollRequest, this, [this](const QString &id) {
+            Q_EMIT scriptRequested(EditorScripts::scrollCall(id), false);
+        });
+        connect(store, &WorkspaceStore::snippetInsertRequest, this, [this](const QString &snippet) {
+            Q_EMIT scriptRequested(EditorScripts::insertCall(snippet), false);
+        });
+    }
+    Q_EMIT storeChanged();
+}
+
+void Coordinator::setDark(bool dark)
+{
+    if (dark == m_isDark && m_parentIsDark)
+        return;
+    m_isDark = dark;
+    Q_EMIT isDarkChanged();
+    if (m_parentIsDark)
+        update();
+}
+
+void Coordinator::componentComplete()
+{
+    m_parentIsDark = m_isDark;
+    update();
+}
+
+QString Coordinator::resourceDirectory()
+{
+    const QString executableDir = QCoreApplication::applicationDirPath();
+    const QString installed = QDir::cleanPath(executableDir + u"/../share/pagewell"_s);
+    return QFileInfo(installed).isDir() ? installed : executableDir;
+}
+
+QUrl Coordinator::locatePage(const QString &resourceDirectory)
+{
+    if (resourceDirectory.isEmpty())
+        return {};
+    for (const QString &relative : {u"web/editor.html"_s, u"Resources/web/editor.html"_s}) {
+        const QString path = resourceDirectory + u'/' + relative;
+        if (QFileInfo(path).isFile())
+            return QUrl::fromLocalFile(path);
+    }
+    return QUrl::fromLocalFile(resourceDirectory + u"/web/editor.html"_s);
+}
+
+QUrl Coordinator::pageUrl() const
+{
+    if (!m_pageUrl)
+        m_pageUrl = locatePage(resourceDirectory());
+    return *m_pageUrl;
+}
+
+void Coordinator::setPageUrl(const QUrl &url)
+{
+    m_pageUrl = url;
+    Q_EMIT pageUrlChanged();
+}
+
+bool Coordinator::allowsNavigation(const QUrl &url) const
+{
+    return !url.isEmpty() && url.adjusted(QUrl::RemoveFragment) == pageUrl();
+}
+
+void Coordinator::update()
+{
+    if (!m_parentIsDark)
+        return; // still being made
+    if (!m_lastColorScheme || *m_lastColorScheme != m_isDark) {
+        m_lastColorScheme = m_isDark;
+        Q_EMIT scriptRequested(EditorScripts::themeCall(m_isDark), false);
+    }
+    if (!m_store)
+        return;
+    const std::optional<EditorDocument> &document = m_store->currentDocument();
+    if (!document || document->fileURL == m_currentLoadedURL)
+        return;
+    m_currentLoadedURL = document->fileURL;
+    m_isInternalUpdate = true;
+    Q_EMIT scriptRequested(
+        EditorScripts::contentCall(document->content, FileUrl::path(document->fileURL)), true);
+}
+
+void Coordinator::navigationFinished()
+{
+    // The appearance the view was made with, not the current one: a change since then was
+    // already recorded by the update step, which sends no second theme call.
+    const bool dark = m_parentIsDark.value_or(m_isDark);
+    const std::optional<EditorDocument> &document
+        = m_store ? m_store->currentDocument() : std::nullopt;
+    if (!document) {
+        Q_EMIT scriptRequested(EditorScripts::startCall(dark), false);
+        return;
+    }
+    m_currentLoadedURL = document->fileURL;
+    Q_EMIT scriptRequested(
+        EditorScripts::startCall(document->content, FileUrl::path(document->fileURL), dark), false);
+}
+
+void Coordinator::contentCallFinished()
+{
+    m_isInternalUpdate = false;
+}
+
+namespace {
+
+// A message as plain maps, lists, strings and numbers, whichever way it crossed: the web channel
+// hands over JSON values, and a QML handler passing it on wraps it in a script value.
+QVariant plainValue(const QVariant &value)
+{
+    switch (value.typeId()) {
+    case QMetaType::QJsonValue:
+        return value.toJsonValue().toVariant();
+    case QMetaType::QJsonObject:
+        return value.toJsonObject().toVariantMap();
+    case QMetaType::QJsonArray:
+        return value.toJsonArray().toVariantList();
+    default:
+        if (value.typeId() == qMetaTypeId<QJSValue>())
+            return value.value<QJSValue>().toVariant();
+        return value;
+    }
+}
+
+} // namespace
+
+void Coordinator::receiveMessage(const QVariant &message)
+{
+    const QVariant body = plainValue(message);
+    if (body.typeId() != QMetaType::QVariantMap)
+        return;
+    const QVariantMap map = body.toMap();
+    const QVariant type = map.value(u"type"_s);
+    if (type.typeId() != QMetaType::QString)
+        return;
+    QMetaObject::invokeMethod(
+        this, [this, type = type.toString(), map] { handleMessage(type, map); },
+        Qt::QueuedConnection);
+}
+
+void Coordinator::handleMessage(const QString &type, const QVariantMap &body)
+{
+    if (!m_store)
+        return;
+    if (type == u"contentChanged"_s) {
+        const QVariant markdown = body.value(u"markdown"_s);
+        // While the page takes a text from here, what it reports is that text coming back.
+        if (markdown.typeId() == QMetaType::QString && !m_isInternalUpdate)
+            m_store->updateDocumentContent(markdown.toString());
+    } else if (type == u"headingsUpdated"_s) {
+        const QVariant headings = body.value(u"headings"_s);
+        if (headings.typeId() != QMetaType::QVariantList)
+            return;
+        const QVariantList entries = headings.toList();
+        QList<HeadingItem> items;
+        items.reserve(entries.size());
+        for (const QVariant &entry : entries) {
+            if (entry.typeId() != QMetaType::QVariantMap)
+                return; // not an array of objects: the outline stays as it is
+        }
+        for (const QVariant &entry : entries) {
+            if (std::optional<HeadingItem> item = HeadingItem::fromVariantMap(entry.toMap()))
+                items.append(std::move(*item));
+        }
+        m_store->updateHeadings(items);
+    } else if (type == u"saveRequested"_s) {
+        m_store->saveCurrentDocument();
+    }
+}

@@ -1,0 +1,84 @@
+#pragma once
+
+#include "workspace/WorkspaceStore.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QQmlParserStatus>
+#include <QUrl>
+#include <QVariant>
+#include <QtQml/qqmlregistration.h>
+
+#include <optional>
+
+// Carries text, theme, headings, snippets and saves between the editor page and the store. It
+// decides every call and reads every message; the view around the web page only evaluates the
+// scripts it asks for, and reports the end of loading and the page's messages.
+class Coordinator : public QObject, public QQmlParserStatus
+{
+    Q_OBJECT
+    QML_ELEMENT
+    Q_INTERFACES(QQmlParserStatus)
+    Q_PROPERTY(WorkspaceStore *store READ store WRITE setStore NOTIFY storeChanged)
+    // The appearance the view is in now.
+    Q_PROPERTY(bool isDark READ isDark WRITE setDark NOTIFY isDarkChanged)
+    // The editor page: found in the resource folder unless given.
+    Q_PROPERTY(QUrl pageUrl READ pageUrl WRITE setPageUrl NOTIFY pageUrlChanged)
+
+public:
+    explicit Coordinator(QObject *parent = nullptr);
+
+    WorkspaceStore *store() const { return m_store; }
+    void setStore(WorkspaceStore *store);
+    bool isDark() const { return m_isDark; }
+    void setDark(bool dark);
+    QUrl pageUrl() const;
+    void setPageUrl(const QUrl &url);
+
+    const QUrl &currentLoadedURL() const { return m_currentLoadedURL; }
+    std::optional<bool> lastColorScheme() const { return m_lastColorScheme; }
+    bool isInternalUpdate() const { return m_isInternalUpdate; }
+
+    // The page in the application's resource folder: web/editor.html, else
+    // Resources/web/editor.html, else web/editor.html unchecked; nothing without a folder.
+    static QUrl locatePage(const QString &resourceDirectory);
+    // The installed data folder (<prefix>/share/pagewell), or in a build tree the folder of the
+    // executable.
+    static QString resourceDirectory();
+    // Whether the web view may go to `url`: only the page itself.
+    Q_INVOKABLE bool allowsNavigation(const QUrl &url) const;
+
+    // The synchronisation step: a theme call when the appearance changed, a content call when
+    // the open document is another file than the one the page holds.
+    Q_INVOKABLE void update();
+    // The page has loaded: it gets its first text and appearance.
+    Q_INVOKABLE void navigationFinished();
+    // The content call's evaluation ended, however it ended.
+    Q_INVOKABLE void contentCallFinished();
+    // A message the page posted to "editorBridge". Malformed ones are dropped; the others are
+    // handled in a later turn of the main thread, in the order they came.
+    Q_INVOKABLE void receiveMessage(const QVariant &message);
+
+    void classBegin() override { }
+    void componentComplete() override;
+
+Q_SIGNALS:
+    void storeChanged();
+    void isDarkChanged();
+    void pageUrlChanged();
+    // Evaluate `script` in the page; when `wantsCompletion`, call contentCallFinished() once the
+    // evaluation ends.
+    void scriptRequested(const QString &script, bool wantsCompletion);
+
+private:
+    void handleMessage(const QString &type, const QVariantMap &body);
+
+    QPointer<WorkspaceStore> m_store;
+    bool m_isDark = false;
+    // The appearance when the view was made: what the first call of the page carries.
+    std::optional<bool> m_parentIsDark;
+    QUrl m_currentLoadedURL;
+    std::optional<bool> m_lastColorScheme;
+    bool m_isInternalUpdate = false;
+    mutable std::optional<QUrl> m_pageUrl;
+};

@@ -1,0 +1,65 @@
+#include "EditorScripts.h"
+
+using namespace Qt::StringLiterals;
+
+namespace EditorScripts {
+
+QString templateLiteral(const QString &text)
+{
+    QString encoded = text;
+    encoded.replace(u"\\"_s, u"\\\\"_s);
+    encoded.replace(u"`"_s, u"\\`"_s);
+    encoded.replace(u"$"_s, u"\\$"_s);
+    return u'`' + encoded + u'`';
+}
+
+QString quoted(const QString &text)
+{
+    QString encoded = text;
+    encoded.replace(u"\\"_s, u"\\\\"_s);
+    encoded.replace(u"'"_s, u"\\'"_s);
+    return u'\'' + encoded + u'\'';
+}
+
+static QString darkWord(bool isDark)
+{
+    return isDark ? u"true"_s : u"false"_s;
+}
+
+QString startCall(bool isDark)
+{
+    return u"window.Pagewell && window.Pagewell.init('', "_s + darkWord(isDark) + u");"_s;
+}
+
+// The path is quoted like an id: a name such as "l'équipe.md" would otherwise break the call,
+// and the page would keep the previous document's text, to be saved over this file.
+QString startCall(const QString &content, const QString &filePath, bool isDark)
+{
+    const QString text = templateLiteral(content);
+    return u"window.Pagewell && (window.Pagewell.init("_s + text + u", "_s + darkWord(isDark)
+        + u"), window.Pagewell.setContent("_s + text + u", "_s + quoted(filePath) + u"));"_s;
+}
+
+QString contentCall(const QString &content, const QString &filePath)
+{
+    return u"window.Pagewell && window.Pagewell.setContent("_s + templateLiteral(content) + u", "_s
+        + quoted(filePath) + u");"_s;
+}
+
+QString themeCall(bool isDark)
+{
+    return u"window.Pagewell && window.Pagewell.setTheme('"_s + (isDark ? u"dark"_s : u"light"_s)
+        + u"');"_s;
+}
+
+QString insertCall(const QString &snippet)
+{
+    return u"window.Pagewell && window.Pagewell.insertText("_s + templateLiteral(snippet) + u");"_s;
+}
+
+QString scrollCall(const QString &headingId)
+{
+    return u"window.Pagewell && window.Pagewell.scrollToHeading("_s + quoted(headingId) + u");"_s;
+}
+
+} // namespace EditorScripts

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QString>
+
+// The script calls the native side sends to the editor page's `window.Pagewell`. Each begins with
+// a guard on that object, so a call made before the page is ready does nothing.
+namespace EditorScripts {
+
+// Text between backticks: backslashes doubled, then every backtick and every dollar sign
+// escaped. Line breaks and quotes stay as they are.
+QString templateLiteral(const QString &text);
+// Text between single quotes: backslashes doubled, then single quotes escaped.
+QString quoted(const QString &text);
+
+QString startCall(bool isDark);
+// The text goes in twice, encoded once.
+QString startCall(const QString &content, const QString &filePath, bool isDark);
+QString contentCall(const QString &content, const QString &filePath);
+QString themeCall(bool isDark);
+QString insertCall(const QString &snippet);
+QString scrollCall(const QString &headingId);
+
+} // namespace EditorScripts

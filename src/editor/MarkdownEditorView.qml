@@ -1,0 +1,146 @@
+import QtQuick
+import QtQuick.Controls
+import QtWebEngine
+import QtWebChannel
+import Pagewell
+
+// The editor page in a web view. The coordinator decides every call to the page and reads every
+// message from it; this view evaluates the scripts, reports the end of loading and passes the
+// messages on. The page never leaves: any other navigation is refused, and a link opened from it
+// (Ctrl+click) goes to the desktop's browser.
+Item {
+    id: root
+
+    property alias coordinator: coordinator
+    property alias webView: web
+
+    Coordinator {
+        id: coordinator
+
+        store: WorkspaceStore
+        isDark: Appearance.isDark
+        onScriptRequested: (script, wantsCompletion) => {
+            if (wantsCompletion)
+                web.runJavaScript(script, function () {
+                        coordinator.contentCallFinished();
+                    });
+            else
+                web.runJavaScript(script);
+        }
+    }
+
+    EditorBridge {
+        id: bridge
+
+        WebChannel.id: "editorBridge"
+        onMessageReceived: message => coordinator.receiveMessage(message)
+    }
+
+    WebEngineView {
+        id: web
+
+        anchors.fill: parent
+        url: coordinator.pageUrl
+        backgroundColor: Theme.contentBackground
+        webChannel: WebChannel {
+            registeredObjects: [bridge]
+        }
+        settings.localContentCanAccessFileUrls: true
+        settings.localContentCanAccessRemoteUrls: false
+        settings.javascriptCanOpenWindows: true
+        settings.spatialNavigationEnabled: false
+        profile: EditorProfile
+        Accessible.name: "Éditeur"
+        onLoadingChanged: request => {
+            if (request.status === WebEngineView.LoadSucceededStatus)
+                coordinator.navigationFinished();
+        }
+        onNavigationRequested: request => {
+            if (!coordinator.allowsNavigation(request.url))
+                request.action = WebEngineNavigationRequest.IgnoreRequest;
+        }
+        onNewWindowRequested: request => {
+            const url = request.requestedUrl.toString();
+            if (url.startsWith("http://") || url.startsWith("https://"))
+                Qt.openUrlExternally(request.requestedUrl);
+        }
+        onJavaScriptConsoleMessage: (level, message, line, source) => {
+            const text = "editor page " + source + ":" + line + ": " + message;
+            if (level === WebEngineView.ErrorMessageLevel)
+                console.error(text);
+            else if (level === WebEngineView.WarningMessageLevel)
+                console.warn(text);
+        }
+        onContextMenuRequested: request => {
+            request.accepted = true;
+            contextMenu.request = request;
+            contextMenu.popup();
+        }
+    }
+
+    // The page's context menu, in French: spelling suggestions, editing, and the inspector.
+    Menu {
+        id: contextMenu
+
+        property var request: null
+        readonly property var suggestions: request ? request.spellCheckerSuggestions : []
+
+        Repeater {
+            model: contextMenu.suggestions
+
+            MenuItem {
+                required property string modelData
+
+                text: modelData
+                font.bold: true
+                onTriggered: web.replaceMisspelledWord(modelData)
+            }
+        }
+        MenuSeparator {
+            visible: contextMenu.suggestions.length > 0
+            height: visible ? implicitHeight : 0
+        }
+        MenuItem {
+            text: "Couper"
+            enabled: contextMenu.request !== null && (contextMenu.request.editFlags & ContextMenuRequest.CanCut)
+            onTriggered: web.triggerWebAction(WebEngineView.Cut)
+        }
+        MenuItem {
+            text: "Copier"
+            enabled: contextMenu.request !== null && (contextMenu.request.editFlags & ContextMenuRequest.CanCopy)
+            onTriggered: web.triggerWebAction(WebEngineView.Copy)
+        }
+        MenuItem {
+            text: "Coller"
+            enabled: contextMenu.request !== null && (contextMenu.request.editFlags & ContextMenuRequest.CanPaste)
+            onTriggered: web.triggerWebAction(WebEngineView.Paste)
+        }
+        MenuItem {
+            text: "Tout sélectionner"
+            onTriggered: web.triggerWebAction(WebEngineView.SelectAll)
+        }
+        MenuSeparator {
+        }
+        MenuItem {
+            text: "Inspecter"
+            onTriggered: {
+                inspector.show();
+                web.triggerWebAction(WebEngineView.InspectElement);
+            }
+        }
+    }
+
+    // The developer tools, made on first use.
+    Window {
+        id: inspector
+
+        title: "Inspecteur — Pagewell"
+        width: 900
+        height: 600
+
+        WebEngineView {
+            anchors.fill: parent
+            inspectedView: inspector.visible ? web : null
+        }
+    }
+}

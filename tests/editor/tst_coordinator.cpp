@@ -1,0 +1,265 @@
+// The editor page's protocol, decided by the coordinator, against a real store and without a web
+// view: every call it asks for is recorded as the page would receive it.
+#include "../core/TestFiles.h"
+#include "Coordinator.h"
+#include "EditorScripts.h"
+#include "model/FileUrl.h"
+
+#include <QJsonDocument>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct Recorder
+{
+    QStringList scripts;
+    QList<bool> completions;
+};
+
+} // namespace
+
+class TestCoordinator : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_scratch;
+    int m_made = 0;
+
+    std::unique_ptr<WorkspaceStore> makeStore()
+    {
+        return std::make_unique<WorkspaceStore>(std::make_unique<QSettings>(
+            m_scratch.filePath(u"s%1.ini"_s.arg(++m_made)), QSettings::IniFormat));
+    }
+
+    // A coordinator as the view makes it: store and appearance set, then completed.
+    std::unique_ptr<Coordinator> makeCoordinator(WorkspaceStore *store, bool dark,
+                                                 Recorder &recorder)
+    {
+        auto coordinator = std::make_unique<Coordinator>();
+        connect(coordinator.get(), &Coordinator::scriptRequested, this,
+                [&recorder](const QString &script, bool completion) {
+                    recorder.scripts.append(script);
+                    recorder.completions.append(completion);
+                });
+        coordinator->classBegin();
+        coordinator->setStore(store);
+        coordinator->setDark(dark);
+        coordinator->componentComplete();
+        return coordinator;
+    }
+
+    QString folder(const QStringList &files)
+    {
+        const QString path = m_scratch.filePath(u"w%1"_s.arg(++m_made));
+        makeTree(path, files);
+        return path;
+    }
+
+    static QVariantMap json(const char *text)
+    {
+        return QJsonDocument::fromJson(text).object().toVariantMap();
+    }
+
+private Q_SLOTS:
+    void encodings()
+    {
+        const QString text = u"a `b` c\\d ${e} $f 'g' \"h\"\r\nfin"_s;
+        QCOMPARE(EditorScripts::templateLiteral(text),
+                 u"`a \\`b\\` c\\\\d \\${e} \\$f 'g' \"h\"\r\nfin`"_s);
+        QCOMPARE(EditorScripts::quoted(u"l'étape\\x"_s), u"'l\\'étape\\\\x'"_s);
+        QCOMPARE(EditorScripts::startCall(false),
+                 u"window.Pagewell && window.Pagewell.init('', false);"_s);
+        QCOMPARE(EditorScripts::themeCall(true),
+                 u"window.Pagewell && window.Pagewell.setTheme('dark');"_s);
+        QCOMPARE(EditorScripts::insertCall(u"`x`"_s),
+                 u"window.Pagewell && window.Pagewell.insertText(`\\`x\\``);"_s);
+        QCOMPARE(EditorScripts::scrollCall(u"l'id"_s),
+                 u"window.Pagewell && window.Pagewell.scrollToHeading('l\\'id');"_s);
+        // A path without a quote or a backslash goes in as it is.
+        QCOMPARE(EditorScripts::contentCall(u"x"_s, u"/w/a b.md"_s),
+                 u"window.Pagewell && window.Pagewell.setContent(`x`, '/w/a b.md');"_s);
+        QCOMPARE(EditorScripts::startCall(u"# T"_s, u"/w/a.md"_s, true),
+                 u"window.Pagewell && (window.Pagewell.init(`# T`, true), "
+                 u"window.Pagewell.setContent(`# T`, '/w/a.md'));"_s);
+    }
+
+    void contentCallsFollowTheFileOnly()
+    {
+        auto store = makeStore();
+        const QString root = folder({u"a.md"_s, u"l'équipe.md"_s});
+        writeFile(root + u"/a.md"_s, "tick ` back \\ dollar ${x}\n");
+        store->openFolder(QUrl::fromLocalFile(root), QUrl::fromLocalFile(root + u"/a.md"_s));
+        Recorder calls;
+        auto coordinator = makeCoordinator(store.get(), false, calls);
+        // Made with a document open: the theme, then the document, with a completion.
+        QCOMPARE(calls.scripts,
+                 (QStringList {u"window.Pagewell && window.Pagewell.setTheme('light');"_s,
+                               u"window.Pagewell && window.Pagewell.setContent(`tick \\` back "
+                               u"\\\\ dollar \\${x}\n`, '"_s
+                                   + root + u"/a.md');"_s}));
+        QCOMPARE(calls.completions, (QList<bool> {false, true}));
+        QVERIFY(coordinator->isInternalUpdate());
+        coordinator->contentCallFinished();
+        QVERIFY(!coordinator->isInternalUpdate());
+
+        // Edits and heading updates send nothing back.
+        calls.scripts.clear();
+        store->updateDocumentContent(u"edited"_s);
+        store->updateHeadings({});
+        QVERIFY(calls.scripts.isEmpty());
+
+        // Another file: one call, its quote escaped in the path.
+        store->openFile(QUrl::fromLocalFile(root + u"/l'équipe.md"_s));
+        QCOMPARE(calls.scripts.size(), 1);
+        QCOMPARE(calls.scripts.at(0),
+                 u"window.Pagewell && window.Pagewell.setContent(`# l'équipe.md\n`, '"_s + root
+                     + u"/l\\'équipe.md');"_s);
+        store->openFile(QUrl::fromLocalFile(root + u"/a.md"_s));
+        QCOMPARE(calls.scripts.size(), 2);
+
+        // One theme call per change of appearance, none for the same one.
+        calls.scripts.clear();
+        coordinator->setDark(true);
+        coordinator->setDark(true);
+        store->updateHeadings({});
+        QCOMPARE(calls.scripts,
+                 QStringList {u"window.Pagewell && window.Pagewell.setTheme('dark');"_s});
+    }
+
+    void startCalls()
+    {
+        auto store = makeStore();
+        Recorder empty;
+        auto withoutDocument = makeCoordinator(store.get(), true, empty);
+        empty.scripts.clear();
+        withoutDocument->navigationFinished();
+        QCOMPARE(empty.scripts,
+                 QStringList {u"window.Pagewell && window.Pagewell.init('', true);"_s});
+
+        const QString root = folder({u"a.md"_s});
+        store->openFolder(QUrl::fromLocalFile(root));
+        Recorder calls;
+        auto coordinator = makeCoordinator(store.get(), false, calls);
+        // The appearance changes while the page loads: the start call carries the one the view
+        // was made with, and no theme call follows.
+        coordinator->setDark(true);
+        calls.scripts.clear();
+        coordinator->navigationFinished();
+        QCOMPARE(calls.scripts,
+                 QStringList {u"window.Pagewell && (window.Pagewell.init(`# a.md\n`, false), "
+                              u"window.Pagewell.setContent(`# a.md\n`, '"_s
+                              + root + u"/a.md'));"_s});
+        QCOMPARE(coordinator->currentLoadedURL(), QUrl::fromLocalFile(root + u"/a.md"_s));
+        store->updateHeadings({});
+        QCOMPARE(calls.scripts.size(), 1);
+    }
+
+    void messages()
+    {
+        auto store = makeStore();
+        const QString root = folder({u"a.md"_s, u"b.md"_s});
+        store->openFolder(QUrl::fromLocalFile(root));
+        Recorder calls;
+        auto coordinator = makeCoordinator(store.get(), false, calls);
+        QVERIFY(coordinator->isInternalUpdate());
+
+        // The echo of the content call is dropped; handling waits for the event loop, and the
+        // in-flight test is made then.
+        coordinator->receiveMessage(json(R"({"type":"contentChanged","markdown":"echo"})"));
+        QCOMPARE(store->currentDocument()->content, u"# a.md\n"_s);
+        QCoreApplication::processEvents();
+        QVERIFY(!store->currentDocument()->isDirty);
+        coordinator->contentCallFinished();
+        coordinator->receiveMessage(json(R"({"type":"contentChanged","markdown":"typed"})"));
+        QCoreApplication::processEvents();
+        QCOMPARE(store->currentDocument()->content, u"typed"_s);
+        QVERIFY(store->currentDocument()->isDirty);
+
+        // Headings: bad entries skipped, a non-array ignored, an empty array empties.
+        coordinator->receiveMessage(json(R"({"type":"headingsUpdated","headings":[
+            {"id":"a","level":1,"text":"A"},{"id":"b","text":"no level"},
+            {"id":"c","level":2.5,"text":"C"},{"id":"d","level":2,"text":"D","extra":1}]})"));
+        QCoreApplication::processEvents();
+        QCOMPARE(store->currentDocument()->headings,
+                 (QList<HeadingItem> {{u"a"_s, 1, u"A"_s}, {u"d"_s, 2, u"D"_s}}));
+        coordinator->receiveMessage(json(R"({"type":"headingsUpdated","headings":"a"})"));
+        coordinator->receiveMessage(json(R"({"type":"headingsUpdated","headings":[1,2]})"));
+        QCoreApplication::processEvents();
+        QCOMPARE(store->currentDocument()->headings.size(), 2);
+        coordinator->receiveMessage(json(R"({"type":"headingsUpdated","headings":[]})"));
+        QCoreApplication::processEvents();
+        QVERIFY(store->currentDocument()->headings.isEmpty());
+
+        // Malformed messages change nothing.
+        QSignalSpy changes(store.get(), &WorkspaceStore::currentDocumentChanged);
+        coordinator->receiveMessage(json(R"({"type":3,"markdown":"x"})"));
+        coordinator->receiveMessage(u"contentChanged"_s);
+        coordinator->receiveMessage(json(R"({"markdown":"x"})"));
+        coordinator->receiveMessage(json(R"({"type":"contentChanged","markdown":7})"));
+        coordinator->receiveMessage(json(R"({"type":"unknown"})"));
+        QCoreApplication::processEvents();
+        QCOMPARE(changes.count(), 0);
+
+        // Messages are handled in the order they came, after the call returned.
+        coordinator->receiveMessage(json(R"({"type":"contentChanged","markdown":"saved text"})"));
+        coordinator->receiveMessage(json(R"({"type":"saveRequested","markdown":"ignored"})"));
+        QCOMPARE(readFile(root + u"/a.md"_s), QByteArray("# a.md\n"));
+        QCoreApplication::processEvents();
+        QCOMPARE(readFile(root + u"/a.md"_s), QByteArray("saved text"));
+        QVERIFY(!store->currentDocument()->isDirty);
+    }
+
+    void requestChannels()
+    {
+        auto store = makeStore();
+        Recorder calls;
+        auto coordinator = makeCoordinator(store.get(), false, calls);
+        calls.scripts.clear();
+        store->requestHeadingScroll(u"l'intro"_s);
+        store->requestHeadingScroll(u"l'intro"_s);
+        store->requestSnippetInsert(u"$x$"_s);
+        QCOMPARE(
+            calls.scripts,
+            (QStringList {u"window.Pagewell && window.Pagewell.scrollToHeading('l\\'intro');"_s,
+                          u"window.Pagewell && window.Pagewell.scrollToHeading('l\\'intro');"_s,
+                          u"window.Pagewell && window.Pagewell.insertText(`\\$x\\$`);"_s}));
+        QVERIFY(!calls.completions.contains(true));
+        // Once the view and its coordinator are gone, values are dropped.
+        coordinator.reset();
+        store->requestHeadingScroll(u"x"_s);
+        store->requestSnippetInsert(u"y"_s);
+        QCOMPARE(calls.scripts.size(), 3);
+    }
+
+    void pageLookupAndNavigation()
+    {
+        QTemporaryDir bundle;
+        QCOMPARE(Coordinator::locatePage(QString()), QUrl());
+        // Nothing there: the third way names web/editor.html all the same.
+        QCOMPARE(Coordinator::locatePage(bundle.path()),
+                 QUrl::fromLocalFile(bundle.path() + u"/web/editor.html"_s));
+        writeFile(bundle.path() + u"/Resources/web/editor.html"_s, "<html/>");
+        QCOMPARE(Coordinator::locatePage(bundle.path()),
+                 QUrl::fromLocalFile(bundle.path() + u"/Resources/web/editor.html"_s));
+        writeFile(bundle.path() + u"/web/editor.html"_s, "<html/>");
+        QCOMPARE(Coordinator::locatePage(bundle.path()),
+                 QUrl::fromLocalFile(bundle.path() + u"/web/editor.html"_s));
+
+        Coordinator coordinator;
+        coordinator.setPageUrl(QUrl::fromLocalFile(bundle.path() + u"/web/editor.html"_s));
+        QVERIFY(coordinator.allowsNavigation(
+            QUrl::fromLocalFile(bundle.path() + u"/web/editor.html"_s)));
+        QVERIFY(coordinator.allowsNavigation(QUrl(
+            QUrl::fromLocalFile(bundle.path() + u"/web/editor.html"_s).toString() + u"#titre"_s)));
+        QVERIFY(!coordinator.allowsNavigation(QUrl(u"https://example.org/"_s)));
+        QVERIFY(!coordinator.allowsNavigation(QUrl::fromLocalFile(u"/etc/passwd"_s)));
+        QVERIFY(!coordinator.allowsNavigation(QUrl()));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestCoordinator)
+#include "tst_coordinator.moc"
