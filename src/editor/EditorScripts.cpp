@@ -10,6 +10,9 @@ QString templateLiteral(const QString &text)
     encoded.replace(u"\\"_s, u"\\\\"_s);
     encoded.replace(u"`"_s, u"\\`"_s);
     encoded.replace(u"$"_s, u"\\$"_s);
+    // A template literal turns a raw CR LF or CR into LF: a CRLF document would reach the page,
+    // and come back to the disk, with its line ends changed. Written as an escape, CR stays.
+    encoded.replace(u"\r"_s, u"\\r"_s);
     return u'`' + encoded + u'`';
 }
 

@@ -7,7 +7,8 @@
 namespace EditorScripts {
 
 // Text between backticks: backslashes doubled, then every backtick and every dollar sign
-// escaped. Line breaks and quotes stay as they are.
+// escaped, and carriage returns written as \r (raw, the script would read them as LF). Other
+// line breaks and quotes stay as they are.
 QString templateLiteral(const QString &text);
 // Text between single quotes: backslashes doubled, then single quotes escaped.
 QString quoted(const QString &text);

@@ -12,6 +12,8 @@ Item {
     id: root
 
     property alias coordinator: coordinator
+    // The page to show; found beside the application unless given.
+    property alias pageUrl: coordinator.pageUrl
     property alias webView: web
 
     Coordinator {

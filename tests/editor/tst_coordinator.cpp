@@ -69,7 +69,8 @@ private Q_SLOTS:
     {
         const QString text = u"a `b` c\\d ${e} $f 'g' \"h\"\r\nfin"_s;
         QCOMPARE(EditorScripts::templateLiteral(text),
-                 u"`a \\`b\\` c\\\\d \\${e} \\$f 'g' \"h\"\r\nfin`"_s);
+                 u"`a \\`b\\` c\\\\d \\${e} \\$f 'g' \"h\"\\r\nfin`"_s);
+        QCOMPARE(EditorScripts::templateLiteral(u"a\rb\u2028c"_s), u"`a\\rb\u2028c`"_s);
         QCOMPARE(EditorScripts::quoted(u"l'étape\\x"_s), u"'l\\'étape\\\\x'"_s);
         QCOMPARE(EditorScripts::startCall(false),
                  u"window.Pagewell && window.Pagewell.init('', false);"_s);

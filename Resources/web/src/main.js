@@ -2,6 +2,7 @@
 // the message bridge.
 import { createBridge } from "./bridge.js";
 import { createEditor } from "./editor.js";
+import { addressAt } from "./links.js";
 
 const bridge = createBridge(window);
 const editor = createEditor(document.getElementById("editor"), { post: (message) => bridge.post(message) });
@@ -27,6 +28,24 @@ document.addEventListener(
   "click",
   (event) => {
     if (event.target instanceof Element && event.target.closest("a[href]")) event.preventDefault();
+  },
+  true,
+);
+
+// Ctrl+click (Cmd+click) on a web address in the text opens it outside: the host sends the new
+// window's address to the desktop's browser.
+document.addEventListener(
+  "mousedown",
+  (event) => {
+    const view = editor.view;
+    if (!view || event.button !== 0 || !(event.ctrlKey || event.metaKey)) return;
+    const pos = view.posAtCoords({ x: event.clientX, y: event.clientY });
+    if (pos == null) return;
+    const line = view.state.doc.lineAt(pos);
+    const address = addressAt(line.text, pos - line.from);
+    if (!address) return;
+    event.preventDefault();
+    window.open(address, "_blank", "noopener");
   },
   true,
 );

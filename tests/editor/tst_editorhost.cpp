@@ -1,0 +1,219 @@
+// The real editor page in Qt's web engine, inside the real view, talking to the application's
+// store through the real web channel: open, type, save, line breaks, undo, odd names.
+#include "../core/TestFiles.h"
+#include "workspace/WorkspaceStore.h"
+
+#include <QGuiApplication>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQmlExtensionPlugin>
+#include <QQuickItem>
+#include <QQuickView>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QtWebEngineQuick>
+
+Q_IMPORT_QML_PLUGIN(PagewellPlugin)
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QStringList pageErrors;
+
+void collectPageErrors(QtMsgType type, const QMessageLogContext &, const QString &message)
+{
+    if (type >= QtWarningMsg && message.contains(u"editor page"_s))
+        pageErrors.append(message);
+    if (type >= QtCriticalMsg || message.contains(u"editor page"_s))
+        std::fprintf(stderr, "%s\n", qPrintable(message));
+}
+
+} // namespace
+
+class TestEditorHost : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_scratch;
+    QQuickView m_view;
+    QQuickItem *m_editor = nullptr;
+    int m_made = 0;
+
+    QVariant evaluate(const QString &script)
+    {
+        const int before = m_editor->property("answers").toInt();
+        QMetaObject::invokeMethod(m_editor, "evaluate", Q_ARG(QVariant, script));
+        if (!QTest::qWaitFor([&] { return m_editor->property("answers").toInt() > before; }, 10000))
+            qWarning("no answer from the page for %s", qPrintable(script));
+        return m_editor->property("lastResult");
+    }
+
+    QString pageText()
+    {
+        return evaluate(u"window.__pagewellEditor.view.state.doc.toString()"_s).toString();
+    }
+
+    // Types as the page's own input does.
+    void type(const QString &text, const char *where = "end")
+    {
+        evaluate(u"(() => { const v = window.__pagewellEditor.view; const at = '%1' === 'end' ? "
+                 u"v.state.doc.length : 0; v.dispatch({changes: {from: at, insert: %2}, "
+                 u"selection: {anchor: at + %2.length}, userEvent: 'input.type'}); "
+                 u"return true; })()"_s.arg(QLatin1StringView(where), u"'"_s + text + u"'"_s));
+    }
+
+    void pressInPage(const char *key, bool ctrl, bool shift = false)
+    {
+        evaluate(
+            u"window.__pagewellEditor.view.contentDOM.dispatchEvent(new KeyboardEvent('keydown', "
+            u"{key: '%1', ctrlKey: %2, shiftKey: %3, bubbles: true, cancelable: true})); "
+            u"true"_s.arg(QLatin1StringView(key), ctrl ? u"true"_s : u"false"_s,
+                          shift ? u"true"_s : u"false"_s));
+    }
+
+    QString folder(const QStringList &files)
+    {
+        const QString path = m_scratch.filePath(u"w%1"_s.arg(++m_made));
+        makeTree(path, files);
+        return path;
+    }
+
+    WorkspaceStore *store() { return WorkspaceStore::shared(); }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        qInstallMessageHandler(collectPageErrors);
+        const QString web = qEnvironmentVariable("PAGEWELL_WEB_DIR");
+        QVERIFY2(!web.isEmpty(), "PAGEWELL_WEB_DIR names the built page's folder");
+        // A document is open before the page loads: the start call brings it.
+        const QString root = folder({u"first.md"_s});
+        store()->openFolder(QUrl::fromLocalFile(root));
+
+        m_view.engine()->addImportPath(u"qrc:/qt/qml"_s);
+        QQmlComponent component(m_view.engine());
+        component.setData("import QtQuick; import Pagewell\n"
+                          "MarkdownEditorView {\n"
+                          "  property var lastResult; property int answers: 0\n"
+                          "  function evaluate(script) { webView.runJavaScript(script,\n"
+                          "    r => { lastResult = r; answers++ }) }\n"
+                          "}",
+                          QUrl());
+        m_editor = qobject_cast<QQuickItem *>(component.createWithInitialProperties(
+            {{u"pageUrl"_s, QUrl::fromLocalFile(web + u"/editor.html"_s)}}));
+        QVERIFY2(m_editor, qPrintable(component.errorString()));
+        m_view.setContent(QUrl(), &component, m_editor);
+        m_view.resize(800, 600);
+        m_view.show();
+        QObject *webView = m_editor->property("webView").value<QObject *>();
+        QTRY_VERIFY_WITH_TIMEOUT(webView->property("loadProgress").toInt() == 100
+                                     && !webView->property("loading").toBool(),
+                                 20000);
+        QTRY_COMPARE_WITH_TIMEOUT(pageText(), u"# first.md\n"_s, 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(store()->currentDocument()->headings.size(), 1, 10000);
+        QCOMPARE(store()->currentDocument()->headings.at(0).text, u"first.md"_s);
+        QVERIFY(!store()->currentDocument()->isDirty);
+    }
+
+    void typeAndSaveThroughThePage()
+    {
+        const QString root = folder({u"a.md"_s});
+        writeFile(root + u"/a.md"_s, "# Titre\n\nTexte `code` ${x}\n");
+        store()->openFile(QUrl::fromLocalFile(root + u"/a.md"_s));
+        QTRY_COMPARE_WITH_TIMEOUT(pageText(), u"# Titre\n\nTexte `code` ${x}\n"_s, 10000);
+        // The page's echo of the new text does not count as an edit.
+        QTest::qWait(100);
+        QVERIFY(!store()->currentDocument()->isDirty);
+
+        type(u"## Suite\\n"_s);
+        QTRY_VERIFY_WITH_TIMEOUT(store()->currentDocument()->isDirty, 5000);
+        QCOMPARE(store()->currentDocument()->content,
+                 u"# Titre\n\nTexte `code` ${x}\n## Suite\n"_s);
+        QTRY_COMPARE_WITH_TIMEOUT(store()->currentDocument()->headings.size(), 2, 5000);
+
+        pressInPage("s", true);
+        QTRY_VERIFY_WITH_TIMEOUT(!store()->currentDocument()->isDirty, 5000);
+        QCOMPARE(readFile(root + u"/a.md"_s),
+                 QByteArray("# Titre\n\nTexte `code` ${x}\n## Suite\n"));
+    }
+
+    void crlfAndByteOrderMarkSurviveAnEdit()
+    {
+        const QString root = folder({u"crlf.md"_s});
+        const QByteArray bytes("\xEF\xBB\xBF# Titre\r\n\r\nligne\r\n");
+        writeFile(root + u"/crlf.md"_s, bytes);
+        store()->openFile(QUrl::fromLocalFile(root + u"/crlf.md"_s));
+        QTRY_COMPARE_WITH_TIMEOUT(evaluate(u"window.__pagewellEditor.filePath"_s).toString(),
+                                  root + u"/crlf.md"_s, 10000);
+        type(u"fin"_s);
+        QTRY_VERIFY_WITH_TIMEOUT(store()->currentDocument()->isDirty, 5000);
+        pressInPage("s", true);
+        QTRY_VERIFY_WITH_TIMEOUT(!store()->currentDocument()->isDirty, 5000);
+        QCOMPARE(readFile(root + u"/crlf.md"_s), bytes + "fin");
+    }
+
+    void undoStaysWithItsDocument()
+    {
+        const QString root = folder({u"one.md"_s, u"two.md"_s});
+        store()->openFile(QUrl::fromLocalFile(root + u"/one.md"_s));
+        QTRY_COMPARE_WITH_TIMEOUT(pageText(), u"# one.md\n"_s, 10000);
+        type(u"edit "_s, "start");
+        QTRY_VERIFY_WITH_TIMEOUT(store()->currentDocument()->isDirty, 5000);
+        store()->openFile(QUrl::fromLocalFile(root + u"/two.md"_s));
+        QTRY_COMPARE_WITH_TIMEOUT(pageText(), u"# two.md\n"_s, 10000);
+        pressInPage("z", true);
+        QTest::qWait(200);
+        QCOMPARE(pageText(), u"# two.md\n"_s);
+        QVERIFY(!store()->currentDocument()->isDirty);
+    }
+
+    void quoteInTheNameOpensAndSavesItsOwnText()
+    {
+        const QString root = folder({u"avant.md"_s, u"l'équipe.md"_s});
+        store()->openFile(QUrl::fromLocalFile(root + u"/avant.md"_s));
+        QTRY_COMPARE_WITH_TIMEOUT(pageText(), u"# avant.md\n"_s, 10000);
+        store()->openFile(QUrl::fromLocalFile(root + u"/l'équipe.md"_s));
+        QTRY_COMPARE_WITH_TIMEOUT(pageText(), u"# l'équipe.md\n"_s, 10000);
+        type(u"Équipe\\n"_s);
+        QTRY_VERIFY_WITH_TIMEOUT(store()->currentDocument()->isDirty, 5000);
+        pressInPage("s", true);
+        QTRY_VERIFY_WITH_TIMEOUT(!store()->currentDocument()->isDirty, 5000);
+        QCOMPARE(QString::fromUtf8(readFile(root + u"/l'équipe.md"_s)),
+                 u"# l'équipe.md\nÉquipe\n"_s);
+        QCOMPARE(readFile(root + u"/avant.md"_s), QByteArray("# avant.md\n"));
+    }
+
+    void headingClicksScrollThePage()
+    {
+        const QString root = folder({u"long.md"_s});
+        QByteArray text = "# Haut\n";
+        for (int i = 0; i < 300; ++i)
+            text += "ligne\n";
+        text += "## Bas de page\n";
+        writeFile(root + u"/long.md"_s, text);
+        store()->openFile(QUrl::fromLocalFile(root + u"/long.md"_s));
+        QTRY_COMPARE_WITH_TIMEOUT(store()->currentDocument()->headings.size(), 2, 10000);
+        store()->requestHeadingScroll(store()->currentDocument()->headings.at(1).id);
+        // The caret goes to the heading's line (drawing offscreen does not scroll).
+        QTRY_COMPARE_WITH_TIMEOUT(
+            evaluate(u"(() => { const s = window.__pagewellEditor.view.state; "
+                     u"return s.doc.lineAt(s.selection.main.head).number; })()"_s)
+                .toInt(),
+            302, 5000);
+    }
+
+    void cleanupTestCase() { QVERIFY2(pageErrors.isEmpty(), qPrintable(pageErrors.join(u'\n'))); }
+};
+
+int main(int argc, char *argv[])
+{
+    QTemporaryDir config;
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(config.path()));
+    QtWebEngineQuick::initialize();
+    QGuiApplication app(argc, argv);
+    TestEditorHost test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_editorhost.moc"
