@@ -34,6 +34,20 @@ void Coordinator::setStore(WorkspaceStore *store)
     Q_EMIT storeChanged();
 }
 
+// Connected here, not through a QML handler: a message carries the whole text, and a trip through
+// the script engine would copy it twice more.
+void Coordinator::setBridge(EditorBridge *bridge)
+{
+    if (bridge == m_bridge)
+        return;
+    if (m_bridge)
+        m_bridge->disconnect(this);
+    m_bridge = bridge;
+    if (bridge)
+        connect(bridge, &EditorBridge::messageReceived, this, &Coordinator::receiveMessage);
+    Q_EMIT bridgeChanged();
+}
+
 void Coordinator::setDark(bool dark)
 {
     if (dark == m_isDark && m_parentIsDark)
@@ -130,7 +144,7 @@ void Coordinator::contentCallFinished()
 namespace {
 
 // A message as plain maps, lists, strings and numbers, whichever way it crossed: the web channel
-// hands over JSON values, and a QML handler passing it on wraps it in a script value.
+// hands over JSON values, and a script passing it on wraps it in a script value.
 QVariant plainValue(const QVariant &value)
 {
     switch (value.typeId()) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "EditorBridge.h"
 #include "workspace/WorkspaceStore.h"
 
 #include <QObject>
@@ -22,6 +23,8 @@ class Coordinator : public QObject, public QQmlParserStatus
     Q_PROPERTY(WorkspaceStore *store READ store WRITE setStore NOTIFY storeChanged)
     // The appearance the view is in now.
     Q_PROPERTY(bool isDark READ isDark WRITE setDark NOTIFY isDarkChanged)
+    // Where the page's messages arrive.
+    Q_PROPERTY(EditorBridge *bridge READ bridge WRITE setBridge NOTIFY bridgeChanged)
     // The editor page: found in the resource folder unless given.
     Q_PROPERTY(QUrl pageUrl READ pageUrl WRITE setPageUrl NOTIFY pageUrlChanged)
 
@@ -32,6 +35,8 @@ public:
     void setStore(WorkspaceStore *store);
     bool isDark() const { return m_isDark; }
     void setDark(bool dark);
+    EditorBridge *bridge() const { return m_bridge; }
+    void setBridge(EditorBridge *bridge);
     QUrl pageUrl() const;
     void setPageUrl(const QUrl &url);
 
@@ -66,6 +71,7 @@ Q_SIGNALS:
     void storeChanged();
     void isDarkChanged();
     void pageUrlChanged();
+    void bridgeChanged();
     // Evaluate `script` in the page; when `wantsCompletion`, call contentCallFinished() once the
     // evaluation ends.
     void scriptRequested(const QString &script, bool wantsCompletion);
@@ -74,6 +80,7 @@ private:
     void handleMessage(const QString &type, const QVariantMap &body);
 
     QPointer<WorkspaceStore> m_store;
+    QPointer<EditorBridge> m_bridge;
     bool m_isDark = false;
     // The appearance when the view was made: what the first call of the page carries.
     std::optional<bool> m_parentIsDark;

@@ -15,11 +15,13 @@ Item {
     // The page to show; found beside the application unless given.
     property alias pageUrl: coordinator.pageUrl
     property alias webView: web
+    property alias bridge: pageBridge
 
     Coordinator {
         id: coordinator
 
         store: WorkspaceStore
+        bridge: pageBridge
         isDark: Appearance.isDark
         onScriptRequested: (script, wantsCompletion) => {
             if (wantsCompletion)
@@ -32,10 +34,9 @@ Item {
     }
 
     EditorBridge {
-        id: bridge
+        id: pageBridge
 
         WebChannel.id: "editorBridge"
-        onMessageReceived: message => coordinator.receiveMessage(message)
     }
 
     WebEngineView {
@@ -45,7 +46,7 @@ Item {
         url: coordinator.pageUrl
         backgroundColor: Theme.contentBackground
         webChannel: WebChannel {
-            registeredObjects: [bridge]
+            registeredObjects: [pageBridge]
         }
         settings.localContentCanAccessFileUrls: true
         settings.localContentCanAccessRemoteUrls: false

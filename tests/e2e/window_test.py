@@ -102,6 +102,31 @@ def main():
         if not label("guide/start.md"):
             fail("closing a folder changed the document")
 
+        # Typing in the editor marks the document; Ctrl+S there saves it, once, byte for byte.
+        start = os.path.join(docs, "guide", "start.md")
+        watcher = subprocess.Popen(["inotifywait", "-m", "-q", "-e", "moved_to", "--format",
+                                    "%f", os.path.dirname(start)], stdout=subprocess.PIPE,
+                                   text=True)
+        time.sleep(0.5)
+        subprocess.run(["xdotool", "mousemove", "600", "600", "click", "1"], check=True)
+        time.sleep(0.3)
+        subprocess.run(["xdotool", "key", "ctrl+End"], check=True)
+        subprocess.run(["xdotool", "type", "--delay", "30", "Suite"], check=True)
+        wait_for("the unsaved dot", lambda: find(
+            window_app, lambda n: n.name == "Modifications non enregistrées"))
+        subprocess.run(["xdotool", "key", "ctrl+s"], check=True)
+        wait_for("the text on disk", lambda: open(start, encoding="utf-8").read()
+                 == "# Démarrer\n\nTrois mots ici.\nSuite")
+        wait_for("the saved look", lambda: label("Enregistré") or find(
+            window_app, lambda n: n.getRoleName() == "push button" and n.name == "Enregistré"))
+        if SHOTS:
+            subprocess.run(["import", "-window", "root", os.path.join(SHOTS, "e2e-saved.png")])
+        time.sleep(0.5)
+        watcher.terminate()
+        saves = [line for line in watcher.communicate()[0].splitlines() if line == "start.md"]
+        if len(saves) != 1:
+            fail("Ctrl+S saved %d times" % len(saves))
+
         conf = os.path.join(env["XDG_CONFIG_HOME"], "Pagewell", "Pagewell.conf")
         stored = open(conf).read()
         if "Pagewell.LastFile=" + os.path.join(docs, "guide", "start.md") not in stored:
