@@ -62,6 +62,8 @@ Item {
             width: ListView.view.width
             isCurrent: ListView.isCurrentItem && list.activeFocus
             onClicked: {
+                // The keyboard goes on from the row clicked, even once a file opened.
+                list.forceActiveFocus();
                 list.currentIndex = index;
                 treeModel.activate(index);
             }

@@ -93,10 +93,17 @@ def main():
         if SHOTS:
             subprocess.run(["import", "-window", "root", os.path.join(SHOTS, "e2e-readme.png")])
 
-        # A click on a file opens it; its header shows its place and its statistics.
-        press(row("start.md"))
+        # A click on a file opens it; its header shows its place and its statistics, and the
+        # keyboard stays in the tree.
+        extents = row("start.md").queryComponent().getExtents(pyatspi.DESKTOP_COORDS)
+        subprocess.run(["xdotool", "mousemove", str(extents.x + extents.width // 2),
+                        str(extents.y + extents.height // 2), "click", "1"], check=True)
         wait_for("start.md in the header", lambda: label("guide/start.md") and label("5 mots")
                  and label("~1 min de lecture"))
+        tree = find(window_app, lambda n: n.getRoleName() == "tree")
+        time.sleep(0.5)
+        if not tree.getState().contains(pyatspi.STATE_FOCUSED):
+            fail("opening a file took the keyboard from the tree")
         press(row("guide"))  # a folder closes, the document stays
         wait_for("the folder to close", lambda: row("start.md") is None)
         if not label("guide/start.md"):
