@@ -3,17 +3,40 @@
 #include "model/FileUrl.h"
 #include "workspace/WorkspaceStore.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QFileOpenEvent>
 
-void AppDelegate::handleLaunchArguments(const QStringList &arguments)
+AppDelegate::AppDelegate(WorkspaceStore *store, QObject *parent) : QObject(parent), m_store(store)
 {
-    if (arguments.size() < 2 || arguments.at(1).startsWith(u'-'))
-        return;
+    if (QCoreApplication::instance())
+        QCoreApplication::instance()->installEventFilter(this);
+}
+
+AppDelegate::~AppDelegate() = default;
+
+QUrl AppDelegate::launchURL(const QStringList &arguments, const QString &workingDirectory)
+{
+    if (arguments.size() < 2 || arguments.at(1).startsWith(u'-') || arguments.at(1).isEmpty())
+        return {};
     QString path = arguments.at(1);
     if (path == u"~" || path.startsWith(u"~/"))
         path.replace(0, 1, QDir::homePath());
-    handleOpenURL(QUrl::fromLocalFile(QDir::current().absoluteFilePath(path)));
+    return QUrl::fromLocalFile(QDir(workingDirectory).absoluteFilePath(path));
+}
+
+void AppDelegate::applicationDidFinishLaunching(const QStringList &arguments,
+                                                const QUrl &updateFeed)
+{
+    if (!updateFeed.isEmpty()) {
+        m_updater = std::make_unique<UpdateController>(updateFeed,
+                                                       QCoreApplication::applicationVersion());
+        m_updater->start();
+    }
+    const QUrl url = launchURL(arguments, QDir::currentPath());
+    if (!url.isEmpty())
+        handleOpenURL(url);
 }
 
 void AppDelegate::handleOpenURLs(const QList<QUrl> &urls)
@@ -37,5 +60,16 @@ void AppDelegate::handleOpenURL(const QUrl &url)
 
 void AppDelegate::checkForUpdates()
 {
-    // No update controller yet: the item does nothing.
+    if (m_updater)
+        m_updater->checkForUpdates();
+}
+
+bool AppDelegate::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::FileOpen) {
+        handleOpenURLs({static_cast<QFileOpenEvent *>(event)->url()});
+        Q_EMIT activationRequested();
+        return true;
+    }
+    return QObject::eventFilter(watched, event);
 }

@@ -1,7 +1,9 @@
 #include "AppDelegate.h"
 #include "Coordinator.h"
+#include "InstanceChannel.h"
 #include "workspace/WorkspaceStore.h"
 
+#include <QDir>
 #include <QFile>
 #include <QGuiApplication>
 #include <QLibraryInfo>
@@ -9,6 +11,7 @@
 #include <QQmlApplicationEngine>
 #include <QQmlExtensionPlugin>
 #include <QQuickStyle>
+#include <QQuickWindow>
 #include <QTranslator>
 #include <QtWebEngineQuick>
 
@@ -48,18 +51,47 @@ int main(int argc, char *argv[])
     if (qEnvironmentVariableIsEmpty("QT_QUICK_CONTROLS_STYLE"))
         QQuickStyle::setStyle(u"Fusion"_s);
 
+    // One Pagewell per session: a second start hands its request to the first and ends.
+    InstanceChannel instances;
+    const QStringList arguments = QGuiApplication::arguments();
+    if (instances.handOver(AppDelegate::launchURL(arguments, QDir::currentPath())))
+        return 0;
+    instances.listen();
+
     // The store restores the last session as it is made, before anything named on the command
     // line replaces it.
     WorkspaceStore *store = WorkspaceStore::shared();
     AppDelegate delegate(store);
-    delegate.handleLaunchArguments(QGuiApplication::arguments());
 
     QQmlApplicationEngine engine;
     engine.addImportPath(u"qrc:/qt/qml"_s);
     engine.load(QUrl(u"qrc:/qt/qml/Pagewell/PagewellApp.qml"_s));
     if (engine.rootObjects().isEmpty())
         return 1;
-    QObject::connect(engine.rootObjects().constFirst(), SIGNAL(updateCheckRequested()), &delegate,
-                     SLOT(checkForUpdates()));
+    auto *window = qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());
+    const auto bringToFront = [window] {
+        window->show();
+        window->raise();
+        window->requestActivate();
+    };
+    QObject::connect(window, SIGNAL(updateCheckRequested()), &delegate, SLOT(checkForUpdates()));
+    QObject::connect(&delegate, &AppDelegate::activationRequested, window, bringToFront);
+    QObject::connect(&instances, &InstanceChannel::openRequested, &delegate,
+                     [&delegate, bringToFront](const QUrl &url) {
+                         if (!url.isEmpty())
+                             delegate.handleOpenURL(url);
+                         bringToFront();
+                     });
+
+    delegate.applicationDidFinishLaunching(arguments, UpdateController::configuredFeedURL());
+    if (UpdateController *updater = delegate.updaterController()) {
+        QObject::connect(updater, &UpdateController::answered, window,
+                         [window](const QString &title, const QString &message, const QUrl &url) {
+                             QMetaObject::invokeMethod(
+                                 window, "showUpdateAnswer", Q_ARG(QVariant, title),
+                                 Q_ARG(QVariant, message), Q_ARG(QVariant, url));
+                         });
+    }
+    bringToFront();
     return QGuiApplication::exec();
 }

@@ -21,6 +21,14 @@ ApplicationWindow {
         folderDialog.open();
     }
 
+    // What an update check found, told in a dialog; with a download address, a button opens it.
+    function showUpdateAnswer(title, message, downloadUrl) {
+        updateDialog.title = title;
+        updateDialog.message = message;
+        updateDialog.downloadUrl = downloadUrl;
+        updateDialog.open();
+    }
+
     // Edit commands go to the focused field or editor, when it knows them.
     function editFocused(command) {
         const item = window.activeFocusItem;
@@ -142,6 +150,56 @@ ApplicationWindow {
 
         anchors.fill: parent
         onOpenFolder: window.openFolderDialog()
+    }
+
+    Dialog {
+        id: updateDialog
+
+        property string message
+        property url downloadUrl
+
+        objectName: "updateDialog"
+        anchors.centerIn: parent
+        width: Math.min(440, window.width - 80)
+        modal: true
+        padding: 16
+        onOpened: updateOk.forceActiveFocus()
+
+        header: Label {
+            text: updateDialog.title
+            font.pointSize: Theme.headline
+            font.bold: true
+            color: Theme.primary
+            leftPadding: 16
+            rightPadding: 16
+            topPadding: 14
+        }
+
+        Label {
+            width: parent.width
+            text: updateDialog.message
+            wrapMode: Text.Wrap
+            font.pointSize: Theme.body
+        }
+
+        footer: DialogButtonBox {
+            PwButton {
+                visible: updateDialog.downloadUrl.toString() !== ""
+                text: "Télécharger"
+                DialogButtonBox.buttonRole: DialogButtonBox.ActionRole
+                onClicked: {
+                    Qt.openUrlExternally(updateDialog.downloadUrl);
+                    updateDialog.close();
+                }
+            }
+            ProminentButton {
+                id: updateOk
+
+                text: "OK"
+                DialogButtonBox.buttonRole: DialogButtonBox.AcceptRole
+            }
+            onAccepted: updateDialog.close()
+        }
     }
 
     FolderDialog {

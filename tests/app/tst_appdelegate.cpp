@@ -1,0 +1,235 @@
+// Launch, open requests, the one-instance hand-over and software updates.
+#include "../core/TestFiles.h"
+#include "AppDelegate.h"
+#include "InstanceChannel.h"
+#include "UpdateController.h"
+#include "model/FileUrl.h"
+#include "workspace/WorkspaceStore.h"
+
+#include <QFileOpenEvent>
+#include <QGuiApplication>
+#include <QSignalSpy>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QtConcurrent>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Serves one fixed answer to every HTTP request, on 127.0.0.1.
+class FeedServer : public QTcpServer
+{
+public:
+    QByteArray status = "200 OK";
+    QByteArray body;
+
+    FeedServer()
+    {
+        listen(QHostAddress::LocalHost);
+        connect(this, &QTcpServer::newConnection, this, [this] {
+            QTcpSocket *socket = nextPendingConnection();
+            connect(socket, &QTcpSocket::readyRead, socket, [this, socket] {
+                socket->readAll();
+                socket->write("HTTP/1.1 " + status
+                              + "\r\nContent-Type: application/rss+xml\r\n"
+                                "Content-Length: "
+                              + QByteArray::number(body.size()) + "\r\nConnection: close\r\n\r\n"
+                              + body);
+                socket->disconnectFromHost();
+            });
+            connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+        });
+    }
+    QUrl url() const { return QUrl(u"http://127.0.0.1:%1/appcast.xml"_s.arg(serverPort())); }
+};
+
+QByteArray appcast(const QByteArray &items)
+{
+    return "<?xml version=\"1.0\"?>\n<rss version=\"2.0\" "
+           "xmlns:sparkle=\"http://www.andymatuschak.org/xml-namespaces/sparkle\"><channel>"
+           "<title>Pagewell</title>"
+        + items + "</channel></rss>";
+}
+
+} // namespace
+
+class TestAppDelegate : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_scratch;
+    int m_made = 0;
+
+    std::unique_ptr<WorkspaceStore> makeStore(const QString &settings)
+    {
+        return std::make_unique<WorkspaceStore>(
+            std::make_unique<QSettings>(settings, QSettings::IniFormat));
+    }
+
+private Q_SLOTS:
+    void commandLineRule()
+    {
+        const QString cwd = u"/w/here"_s;
+        QCOMPARE(AppDelegate::launchURL({u"pagewell"_s}, cwd), QUrl());
+        QCOMPARE(AppDelegate::launchURL({u"pagewell"_s, u"/w/docs"_s}, cwd),
+                 QUrl::fromLocalFile(u"/w/docs"_s));
+        QCOMPARE(AppDelegate::launchURL({u"pagewell"_s, u"docs/a.md"_s, u"ignored"_s}, cwd),
+                 QUrl::fromLocalFile(u"/w/here/docs/a.md"_s));
+        QCOMPARE(AppDelegate::launchURL({u"pagewell"_s, u"~/notes"_s}, cwd),
+                 QUrl::fromLocalFile(QDir::homePath() + u"/notes"_s));
+        QCOMPARE(AppDelegate::launchURL({u"pagewell"_s, u"~"_s}, cwd),
+                 QUrl::fromLocalFile(QDir::homePath()));
+        // An option first: nothing, even with a path after it.
+        QCOMPARE(AppDelegate::launchURL({u"pagewell"_s, u"-style"_s, u"/w/docs"_s}, cwd), QUrl());
+        QCOMPARE(AppDelegate::launchURL({u"pagewell"_s, u"--"_s}, cwd), QUrl());
+    }
+
+    void openRequests()
+    {
+        const QString settings = m_scratch.filePath(u"open.ini"_s);
+        auto store = makeStore(settings);
+        AppDelegate delegate(store.get());
+        const QString root = m_scratch.filePath(u"docs"_s);
+        makeTree(root, {u"README.md"_s, u"guide/start.md"_s, u"other.md"_s});
+
+        // A file: its folder first (the readme opens), then the file itself.
+        QStringList opened;
+        connect(store.get(), &WorkspaceStore::selectedFileURLChanged, this,
+                [&] { opened.append(FileUrl::lastPathComponent(store->selectedFileURL())); });
+        delegate.applicationDidFinishLaunching({u"pagewell"_s, root + u"/other.md"_s}, QUrl());
+        QCOMPARE(opened, (QStringList {u"README.md"_s, u"other.md"_s}));
+        QCOMPARE(FileUrl::path(store->rootURL()), root);
+        QCOMPARE(QSettings(settings, QSettings::IniFormat).value(WorkspaceStore::lastFileKey),
+                 QVariant(root + u"/other.md"_s));
+        QVERIFY(!delegate.updaterController()); // no feed, no controller
+        delegate.checkForUpdates(); // and the menu item does nothing
+
+        // Only the first of several URLs; a folder opens as the workspace.
+        delegate.handleOpenURLs(
+            {QUrl::fromLocalFile(root + u"/guide"_s), QUrl::fromLocalFile(root + u"/other.md"_s)});
+        QCOMPARE(FileUrl::path(store->rootURL()), root + u"/guide"_s);
+        QCOMPARE(FileUrl::lastPathComponent(store->selectedFileURL()), u"start.md"_s);
+
+        // A vanished path changes nothing at all.
+        QSignalSpy rootChanges(store.get(), &WorkspaceStore::rootURLChanged);
+        QSignalSpy documentChanges(store.get(), &WorkspaceStore::currentDocumentChanged);
+        delegate.handleOpenURLs({QUrl::fromLocalFile(root + u"/gone.md"_s)});
+        delegate.handleOpenURLs({});
+        QCOMPARE(rootChanges.count() + documentChanges.count(), 0);
+
+        // The system's file-open event (macOS) is an open request that raises the window.
+        QSignalSpy raised(&delegate, &AppDelegate::activationRequested);
+        QFileOpenEvent event(QUrl::fromLocalFile(root + u"/other.md"_s));
+        QCoreApplication::sendEvent(qApp, &event);
+        QCOMPARE(FileUrl::path(store->rootURL()), root);
+        QCOMPARE(raised.count(), 1);
+    }
+
+    void secondInstanceHandsOver()
+    {
+        const QString name = m_scratch.filePath(u"instance.socket"_s);
+        // A socket left by a crash: a file nobody listens on.
+        writeFile(name, "stale");
+        InstanceChannel second(name);
+        QVERIFY(!second.handOver(QUrl::fromLocalFile(u"/w/a.md"_s), 500));
+
+        InstanceChannel first(name);
+        QVERIFY(first.listen());
+        QSignalSpy requests(&first, &InstanceChannel::openRequested);
+        // The later instance blocks on its answer; the first answers from its event loop.
+        const QUrl odd = QUrl::fromLocalFile(u"/w/l'équipe #1 ?.md"_s);
+        QFuture<bool> handed
+            = QtConcurrent::run([name, odd] { return InstanceChannel(name).handOver(odd); });
+        QTRY_VERIFY(handed.isFinished());
+        QVERIFY(handed.result());
+        QCOMPARE(requests.count(), 1);
+        QCOMPARE(requests.at(0).at(0).toUrl(), odd);
+        // Without an argument, the request only brings the first to the front.
+        handed = QtConcurrent::run([name] { return InstanceChannel(name).handOver(QUrl()); });
+        QTRY_VERIFY(handed.isFinished());
+        QVERIFY(handed.result());
+        QTRY_COMPARE(requests.count(), 2);
+        QCOMPARE(requests.at(1).at(0).toUrl(), QUrl());
+    }
+
+    void versionsCompare()
+    {
+        QCOMPARE(UpdateController::compareVersions(u"1.10"_s, u"1.9"_s), 1);
+        QCOMPARE(UpdateController::compareVersions(u"1.2"_s, u"1.2.0"_s), 0);
+        QCOMPARE(UpdateController::compareVersions(u"1.2.1"_s, u"1.2"_s), 1);
+        QCOMPARE(UpdateController::compareVersions(u"2.0b1"_s, u"2.0"_s), -1);
+        QCOMPARE(UpdateController::compareVersions(u"2.0-rc.1"_s, u"2.0-beta.3"_s), 1);
+        QCOMPARE(UpdateController::compareVersions(u"2.0b1"_s, u"1.9"_s), 1);
+        QCOMPARE(UpdateController::compareVersions(u"v3"_s, u"2.9.9"_s), 1);
+        QCOMPARE(UpdateController::compareVersions(u"0.1.0"_s, u"0.1.0"_s), 0);
+    }
+
+    void appcastsAreRead()
+    {
+        const QByteArray feed = appcast(
+            "<item><title>Old</title><enclosure url=\"https://d.example/1.0.deb\" "
+            "sparkle:version=\"1.0\" length=\"1\" type=\"application/octet-stream\"/></item>"
+            "<item><title>New</title><link>https://example.org/notes</link>"
+            "<sparkle:version>1.10</sparkle:version>"
+            "<sparkle:shortVersionString>1.10 (été)</sparkle:shortVersionString>"
+            "<sparkle:releaseNotesLink>https://example.org/1.10.html</sparkle:releaseNotesLink>"
+            "<enclosure url=\"https://d.example/1.10.deb\" length=\"1\" type=\"x\"/></item>"
+            "<item><title>No enclosure</title><sparkle:version>9.0</sparkle:version></item>"
+            "<item><title>No version</title><enclosure url=\"https://d.example/x.deb\"/></item>"
+            "<item><enclosure url=\"https://d.example/1.9.deb\" sparkle:version=\"1.9\"/></item>");
+        const std::optional<UpdateController::Release> newest
+            = UpdateController::newestRelease(feed);
+        QVERIFY(newest);
+        QCOMPARE(newest->version, u"1.10"_s);
+        QCOMPARE(newest->displayVersion, u"1.10 (été)"_s);
+        QCOMPARE(newest->downloadURL, QUrl(u"https://d.example/1.10.deb"_s));
+        QCOMPARE(newest->releaseNotesURL, QUrl(u"https://example.org/1.10.html"_s));
+
+        QString error;
+        QVERIFY(!UpdateController::newestRelease("<rss><channel><item>", &error));
+        QVERIFY(error.contains(u"appcast"_s));
+        QVERIFY(!UpdateController::newestRelease(appcast(""), &error));
+        QCOMPARE(error, u"le flux ne contient aucune version"_s);
+    }
+
+    void checksAgainstAFeed()
+    {
+        FeedServer server;
+        server.body = appcast("<item><enclosure url=\"https://d.example/0.2.deb\" "
+                              "sparkle:version=\"0.2.0\" sparkle:shortVersionString=\"0.2\"/>"
+                              "</item>");
+        UpdateController older(server.url(), u"0.1.0"_s);
+        QSignalSpy answers(&older, &UpdateController::answered);
+        older.checkForUpdates();
+        QVERIFY(answers.wait(10000));
+        QCOMPARE(answers.at(0).at(0).toString(), u"Pagewell 0.2 est disponible"_s);
+        QCOMPARE(answers.at(0).at(2).toUrl(), QUrl(u"https://d.example/0.2.deb"_s));
+
+        // The latest already: told when asked, silent in the background.
+        UpdateController latest(server.url(), u"0.2.0"_s);
+        QSignalSpy latestAnswers(&latest, &UpdateController::answered);
+        latest.checkForUpdates();
+        QVERIFY(latestAnswers.wait(10000));
+        QCOMPARE(latestAnswers.at(0).at(1).toString(),
+                 u"Vous utilisez la dernière version de Pagewell (0.2.0)."_s);
+        QVERIFY(latestAnswers.at(0).at(2).toUrl().isEmpty());
+        latest.start();
+        QVERIFY(!latestAnswers.wait(1500));
+
+        // A failed check says why.
+        server.status = "404 Not Found";
+        server.body = "absent";
+        UpdateController failing(server.url(), u"0.1.0"_s);
+        QSignalSpy failures(&failing, &UpdateController::answered);
+        failing.checkForUpdates();
+        QVERIFY(failures.wait(10000));
+        QVERIFY(failures.at(0).at(1).toString().startsWith(
+            u"La vérification des mises à jour a échoué : "_s));
+    }
+};
+
+QTEST_MAIN(TestAppDelegate)
+#include "tst_appdelegate.moc"
