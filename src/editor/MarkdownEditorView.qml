@@ -92,6 +92,8 @@ Item {
             model: contextMenu.suggestions
 
             MenuItem {
+
+                Accessible.onPressAction: clicked()
                 required property string modelData
 
                 text: modelData
@@ -104,27 +106,32 @@ Item {
             height: visible ? implicitHeight : 0
         }
         MenuItem {
+            Accessible.onPressAction: clicked()
             text: "Couper"
             enabled: contextMenu.request !== null && (contextMenu.request.editFlags & ContextMenuRequest.CanCut)
             onTriggered: web.triggerWebAction(WebEngineView.Cut)
         }
         MenuItem {
+            Accessible.onPressAction: clicked()
             text: "Copier"
             enabled: contextMenu.request !== null && (contextMenu.request.editFlags & ContextMenuRequest.CanCopy)
             onTriggered: web.triggerWebAction(WebEngineView.Copy)
         }
         MenuItem {
+            Accessible.onPressAction: clicked()
             text: "Coller"
             enabled: contextMenu.request !== null && (contextMenu.request.editFlags & ContextMenuRequest.CanPaste)
             onTriggered: web.triggerWebAction(WebEngineView.Paste)
         }
         MenuItem {
+            Accessible.onPressAction: clicked()
             text: "Tout sélectionner"
             onTriggered: web.triggerWebAction(WebEngineView.SelectAll)
         }
         MenuSeparator {
         }
         MenuItem {
+            Accessible.onPressAction: clicked()
             text: "Inspecter"
             onTriggered: {
                 inspector.show();

@@ -114,6 +114,8 @@ Item {
         objectName: "treeContextMenu"
 
         MenuItem {
+
+            Accessible.onPressAction: clicked()
             text: "Nouveau fichier Markdown"
             visible: contextMenu.forFolder
             height: visible ? implicitHeight : 0
@@ -125,6 +127,7 @@ Item {
             height: visible ? implicitHeight : 0
         }
         MenuItem {
+            Accessible.onPressAction: clicked()
             objectName: "deleteItem"
             text: "Supprimer"
             icon.source: Symbols.source("trash")
