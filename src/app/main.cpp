@@ -41,6 +41,8 @@ int main(int argc, char *argv[])
     QGuiApplication::setOrganizationName(u"Pagewell"_s);
     QGuiApplication::setApplicationName(u"Pagewell"_s);
     QGuiApplication::setApplicationVersion(QStringLiteral(PAGEWELL_VERSION));
+    // The desktop entry: Wayland finds the icon and the name through it.
+    QGuiApplication::setDesktopFileName(u"org.pagewell.Pagewell"_s);
 
     // Qt's own dialogs speak French like the rest of the interface.
     QTranslator qtTranslator;
