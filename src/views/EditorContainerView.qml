@@ -10,7 +10,18 @@ Rectangle {
     // The editor page, while a document is open.
     property alias editorArea: editorArea
 
+    property bool windowShown: false
+
     color: Theme.contentBackground
+
+    Connections {
+        target: root.Window.window
+        enabled: !root.windowShown
+
+        function onFrameSwapped() {
+            root.windowShown = true;
+        }
+    }
 
     EditorHeaderModel {
         id: header
@@ -72,8 +83,9 @@ Rectangle {
             objectName: "editorArea"
             Layout.fillWidth: true
             Layout.fillHeight: true
-            // One page for as long as some document is open; documents change inside it.
-            active: header.hasDocument
+            // One page for as long as some document is open; documents change inside it. The web
+            // engine starts once the window has shown its first frame, so the window comes first.
+            active: header.hasDocument && root.windowShown
             sourceComponent: MarkdownEditorView {
             }
         }
