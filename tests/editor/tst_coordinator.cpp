@@ -1,6 +1,6 @@
 // The editor page's protocol, decided by the coordinator, against a real store and without a web
 // view: every call it asks for is recorded as the page would receive it.
-#include "../core/TestFiles.h"
+#include "../core/TestWorkspace.h"
 #include "Coordinator.h"
 #include "EditorScripts.h"
 #include "model/FileUrl.h"
@@ -26,14 +26,10 @@ class TestCoordinator : public QObject
 {
     Q_OBJECT
 
-    QTemporaryDir m_scratch;
-    int m_made = 0;
+    TestWorkspace m_workspace;
 
-    std::unique_ptr<WorkspaceStore> makeStore()
-    {
-        return std::make_unique<WorkspaceStore>(std::make_unique<QSettings>(
-            m_scratch.filePath(u"s%1.ini"_s.arg(++m_made)), QSettings::IniFormat));
-    }
+    std::unique_ptr<WorkspaceStore> makeStore() { return m_workspace.makeStore(); }
+    QString folder(const QStringList &files) { return m_workspace.folder(files); }
 
     // A coordinator as the view makes it: store and appearance set, then completed.
     std::unique_ptr<Coordinator> makeCoordinator(WorkspaceStore *store, bool dark,
@@ -50,13 +46,6 @@ class TestCoordinator : public QObject
         coordinator->setDark(dark);
         coordinator->componentComplete();
         return coordinator;
-    }
-
-    QString folder(const QStringList &files)
-    {
-        const QString path = m_scratch.filePath(u"w%1"_s.arg(++m_made));
-        makeTree(path, files);
-        return path;
     }
 
     static QVariantMap json(const char *text)

@@ -1,4 +1,4 @@
-#include "../core/TestFiles.h"
+#include "../core/TestWorkspace.h"
 #include "Appearance.h"
 #include "EditorHeaderModel.h"
 #include "FolderTreeModel.h"
@@ -43,21 +43,10 @@ class TestViewModels : public QObject
 {
     Q_OBJECT
 
-    QTemporaryDir m_scratch;
-    int m_made = 0;
+    TestWorkspace m_workspace;
 
-    std::unique_ptr<WorkspaceStore> makeStore()
-    {
-        return std::make_unique<WorkspaceStore>(std::make_unique<QSettings>(
-            m_scratch.filePath(u"settings-%1.ini"_s.arg(++m_made)), QSettings::IniFormat));
-    }
-
-    QString folder(const QStringList &files)
-    {
-        const QString path = m_scratch.filePath(u"w%1"_s.arg(++m_made));
-        makeTree(path, files);
-        return path;
-    }
+    std::unique_ptr<WorkspaceStore> makeStore() { return m_workspace.makeStore(); }
+    QString folder(const QStringList &files) { return m_workspace.folder(files); }
 
 private Q_SLOTS:
     void treeOpensRootFoldersAndTogglesInPlace()
