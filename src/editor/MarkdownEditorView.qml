@@ -49,9 +49,10 @@ Item {
             registeredObjects: [pageBridge]
         }
         settings.localContentCanAccessFileUrls: true
+        // Without its page the editor stays blank: no error page.
+        settings.errorPageEnabled: false
         settings.localContentCanAccessRemoteUrls: false
         settings.javascriptCanOpenWindows: true
-        settings.spatialNavigationEnabled: false
         profile: EditorProfile
         Accessible.name: "Éditeur"
         onLoadingChanged: request => {

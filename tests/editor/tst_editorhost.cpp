@@ -203,6 +203,18 @@ private Q_SLOTS:
             302, 5000);
     }
 
+    void thePageNeverLeaves()
+    {
+        QObject *webView = m_editor->property("webView").value<QObject *>();
+        const QUrl page = webView->property("url").toUrl();
+        for (const QString &away : {u"https://example.org/"_s, u"file:///etc/hostname"_s}) {
+            evaluate(u"window.location.href = '%1'; true"_s.arg(away));
+            QTest::qWait(500);
+            QCOMPARE(webView->property("url").toUrl(), page);
+            QCOMPARE(evaluate(u"typeof window.__pagewellEditor"_s).toString(), u"object"_s);
+        }
+    }
+
     void cleanupTestCase() { QVERIFY2(pageErrors.isEmpty(), qPrintable(pageErrors.join(u'\n'))); }
 };
 
