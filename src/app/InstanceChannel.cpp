@@ -2,7 +2,7 @@
 
 #include <QDir>
 #include <QLocalSocket>
-#include <QStandardPaths>
+#include <QFileInfo>
 
 #include <unistd.h>
 
