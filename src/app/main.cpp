@@ -64,6 +64,16 @@ int main(int argc, char *argv[])
     // line replaces it.
     WorkspaceStore *store = WorkspaceStore::shared();
     AppDelegate delegate(store);
+    // From here on the window follows the disk; drafts a month old, or of files gone, go.
+    store->startWatching();
+    store->drafts().removeStale();
+    QObject::connect(&app, &QGuiApplication::applicationStateChanged, store,
+                     [store](Qt::ApplicationState state) {
+                         if (state == Qt::ApplicationActive)
+                             store->applicationActivated();
+                     });
+    // The last second of typing reaches its draft before the process ends.
+    QObject::connect(&app, &QCoreApplication::aboutToQuit, store, &WorkspaceStore::flushDraft);
 
     QQmlApplicationEngine engine;
     engine.addImportPath(u"qrc:/qt/qml"_s);

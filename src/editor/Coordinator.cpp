@@ -30,6 +30,8 @@ void Coordinator::setStore(WorkspaceStore *store)
         connect(store, &WorkspaceStore::snippetInsertRequest, this, [this](const QString &snippet) {
             Q_EMIT scriptRequested(EditorScripts::insertCall(snippet), false);
         });
+        connect(store, &WorkspaceStore::documentTextReplaced, this,
+                &Coordinator::documentTextReplaced);
     }
     Q_EMIT storeChanged();
 }
@@ -118,6 +120,16 @@ void Coordinator::update()
     m_isInternalUpdate = true;
     Q_EMIT scriptRequested(
         EditorScripts::contentCall(document->content, FileUrl::path(document->fileURL)), true);
+}
+
+void Coordinator::documentTextReplaced()
+{
+    const std::optional<EditorDocument> &document = m_store->currentDocument();
+    // A page holding another file gets the whole document from the update step instead.
+    if (!m_parentIsDark || !document || document->fileURL != m_currentLoadedURL)
+        return;
+    m_isInternalUpdate = true;
+    Q_EMIT scriptRequested(EditorScripts::replaceCall(document->content), true);
 }
 
 void Coordinator::navigationFinished()

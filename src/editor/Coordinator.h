@@ -78,6 +78,7 @@ Q_SIGNALS:
 
 private:
     void handleMessage(const QString &type, const QVariantMap &body);
+    void documentTextReplaced();
 
     QPointer<WorkspaceStore> m_store;
     QPointer<EditorBridge> m_bridge;

@@ -60,6 +60,12 @@ QString insertCall(const QString &snippet)
     return u"window.Pagewell && window.Pagewell.insertText("_s + templateLiteral(snippet) + u");"_s;
 }
 
+QString replaceCall(const QString &content)
+{
+    return u"window.Pagewell && window.Pagewell.replaceContent("_s + templateLiteral(content)
+        + u");"_s;
+}
+
 QString scrollCall(const QString &headingId)
 {
     return u"window.Pagewell && window.Pagewell.scrollToHeading("_s + quoted(headingId) + u");"_s;

@@ -19,6 +19,9 @@ QString startCall(const QString &content, const QString &filePath, bool isDark);
 QString contentCall(const QString &content, const QString &filePath);
 QString themeCall(bool isDark);
 QString insertCall(const QString &snippet);
+// The open document's text replaced from outside the page (a new version on disk, a restored
+// draft): the page takes it as one change, so undo brings the previous text back.
+QString replaceCall(const QString &content);
 QString scrollCall(const QString &headingId);
 
 } // namespace EditorScripts

@@ -25,7 +25,16 @@ FileItem FileItem::scannedFolder(const QString &path, const QString &name, QList
     item.m_isDirectory = true;
     item.m_hasChildren = true;
     item.m_children = std::move(children);
+    item.m_markdownCount = countMarkdown(item.m_children);
     return item;
+}
+
+int FileItem::countMarkdown(const QList<FileItem> &children)
+{
+    int count = 0;
+    for (const FileItem &child : children)
+        count += child.markdownFileCount();
+    return count;
 }
 
 QUrl FileItem::url() const
@@ -46,6 +55,7 @@ void FileItem::setChildren(std::optional<QList<FileItem>> children)
 {
     m_hasChildren = children.has_value();
     m_children = children ? std::move(*children) : QList<FileItem>();
+    m_markdownCount = countMarkdown(m_children);
 }
 
 static QStringView pathExtension(QStringView name)
@@ -85,10 +95,7 @@ int FileItem::markdownFileCount() const
 {
     if (!m_isDirectory)
         return isMarkdown() ? 1 : 0;
-    int count = 0;
-    for (const FileItem &child : m_children)
-        count += child.markdownFileCount();
-    return count;
+    return m_markdownCount;
 }
 
 bool operator==(const FileItem &a, const FileItem &b)

@@ -60,6 +60,10 @@ private:
     QList<FileItem> m_children;
     bool m_isDirectory = false;
     bool m_hasChildren = false;
+    // A folder's count, summed once when its children are set: views ask for it per row.
+    int m_markdownCount = 0;
+
+    static int countMarkdown(const QList<FileItem> &children);
 };
 
 size_t qHash(const FileItem &item, size_t seed = 0) noexcept;

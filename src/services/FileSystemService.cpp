@@ -7,6 +7,7 @@
 #include "model/FileUrl.h"
 
 #include <QFile>
+#include <QHash>
 #include <QSemaphore>
 
 #include <algorithm>
@@ -39,7 +40,8 @@ class TreeScanner
 public:
     explicit TreeScanner(const QList<QByteArray> &ignored) : m_ignored(ignored) { }
 
-    QList<FileItem> load(const QString &path, const QByteArray &nativePath) const
+    // The folder's kept entries in display order: folders first, then names.
+    std::vector<Entry> sortedEntries(const QByteArray &nativePath) const
     {
         std::vector<Entry> entries = list(nativePath);
         // ICU collators are not to be shared between threads: one per thread.
@@ -49,6 +51,12 @@ public:
                 return a.isDirectory;
             return collator.lessThan(a.name, b.name);
         });
+        return entries;
+    }
+
+    QList<FileItem> load(const QString &path, const QByteArray &nativePath) const
+    {
+        const std::vector<Entry> entries = sortedEntries(nativePath);
 
         const size_t count = entries.size();
         std::vector<QString> paths(count);
@@ -280,6 +288,81 @@ QList<FileItem> FileSystemService::loadContents(const QString &folderPath) const
 {
     TreeScanner scanner(m_ignoredNamesUtf8);
     return scanner.load(folderPath, QFile::encodeName(folderPath));
+}
+
+namespace {
+
+// The tree with the folders of `changed` listed again; every other node is the old one, shared.
+// `spine` holds the folders above a changed one, whose children must be looked through.
+FileItem patchTree(const TreeScanner &scanner, const FileItem &node, const QSet<QString> &changed,
+                   const QSet<QString> &spine)
+{
+    if (!node.isDirectory())
+        return node;
+    const bool relist = changed.contains(node.id());
+    if (!relist && !spine.contains(node.id()))
+        return node;
+    QList<FileItem> children;
+    if (relist) {
+        QHash<QString, const FileItem *> before;
+        for (const FileItem &child : node.children())
+            before.insert(child.name(), &child);
+        const QByteArray nativePath = QFile::encodeName(node.id());
+        for (const Entry &entry : scanner.sortedEntries(nativePath)) {
+            const QString path = FileUrl::joinPath(node.id(), entry.name);
+            if (!entry.isDirectory) {
+                children.append(FileItem::scannedFile(path, entry.name));
+                continue;
+            }
+            const FileItem *old = before.value(entry.name);
+            if (old && old->isDirectory()) {
+                children.append(patchTree(scanner, *old, changed, spine));
+            } else {
+                QByteArray childNative = nativePath;
+                if (!childNative.endsWith('/'))
+                    childNative += '/';
+                childNative += entry.nativeName;
+                children.append(
+                    FileItem::scannedFolder(path, entry.name, scanner.load(path, childNative)));
+            }
+        }
+    } else {
+        children = node.children();
+        for (FileItem &child : children) {
+            if (child.isDirectory() && (changed.contains(child.id()) || spine.contains(child.id())))
+                child = patchTree(scanner, child, changed, spine);
+        }
+    }
+    FileItem patched = node;
+    patched.setChildren(std::move(children));
+    return patched;
+}
+
+} // namespace
+
+FileItem FileSystemService::rescanFolders(const FileItem &root, const QSet<QString> &folders) const
+{
+    QSet<QString> changed;
+    QSet<QString> spine;
+    const QString prefix = root.id() + u'/';
+    for (const QString &folder : folders) {
+        if (folder != root.id() && !folder.startsWith(prefix))
+            continue;
+        changed.insert(folder);
+        for (qsizetype slash = folder.lastIndexOf(u'/'); slash >= prefix.size() - 1;
+             slash = folder.lastIndexOf(u'/', slash - 1)) {
+            const QString above = folder.left(slash);
+            if (spine.contains(above))
+                break;
+            spine.insert(above);
+            if (slash == 0)
+                break;
+        }
+    }
+    if (changed.isEmpty())
+        return root;
+    const TreeScanner scanner(m_ignoredNamesUtf8);
+    return patchTree(scanner, root, changed, spine);
 }
 
 QList<QUrl> FileSystemService::collectDocumentURLs(const FileItem &item) const

@@ -29,6 +29,10 @@ public:
     // The kept, sorted entries of one folder, each with its subtree.
     QList<FileItem> loadContents(const QString &folderPath) const;
 
+    // `root` with the entries of `folders` read again, as a new scan would find them; the rest of
+    // the tree is shared with `root`, not read. Folders outside `root` are skipped.
+    FileItem rescanFolders(const FileItem &root, const QSet<QString> &folders) const;
+
     // Markdown, SVG and diagram files of a tree, depth first in display order.
     QList<QUrl> collectDocumentURLs(const FileItem &item) const;
     // The same documents as absolute paths, for callers that need no URL.

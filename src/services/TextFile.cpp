@@ -7,9 +7,11 @@
 
 #include <cerrno>
 #include <climits>
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace TextFile {
 
@@ -25,7 +27,7 @@ std::optional<QString> decodeUtf8(QByteArrayView bytes)
     return text;
 }
 
-FileResult<QString> readUtf8(const QString &path)
+FileResult<QString> readUtf8(const QString &path, FileIdentity *identity)
 {
     const QFileInfo info(path);
     if (info.isDir())
@@ -36,6 +38,10 @@ FileResult<QString> readUtf8(const QString &path)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return {{}, FileError::fromDevice(file, path)};
+    if (identity) {
+        struct stat st;
+        *identity = ::fstat(file.handle(), &st) == 0 ? FileIdentity::fromStat(st) : FileIdentity();
+    }
     const QByteArray bytes = file.readAll();
     if (file.error() != QFileDevice::NoError)
         return {{}, FileError::fromDevice(file, path)};
@@ -128,14 +134,54 @@ struct Target
     int folderFd;
     QByteArray name;
     const struct stat *existing; // the file being replaced, if any
+    FileIdentity *written;
 };
+
+// Whether `entry` is a hidden temporary that a save of `targetName` made: ".NAME.pagewell-" and
+// the random part, digits and lower-case letters.
+bool isTemporaryOf(const char *entry, const QByteArray &targetName)
+{
+    const QByteArrayView name(entry);
+    const QByteArrayView marker(".pagewell-");
+    if (name.size() <= 1 + targetName.size() + marker.size() || name[0] != '.'
+        || !name.sliced(1).startsWith(targetName)
+        || !name.sliced(1 + targetName.size()).startsWith(marker))
+        return false;
+    for (const char c : name.sliced(1 + targetName.size() + marker.size())) {
+        if (!((c >= '0' && c <= '9') || (c >= 'a' && c <= 'z')))
+            return false;
+    }
+    return true;
+}
+
+// A save killed between naming its temporary and the rename leaves that hidden file beside the
+// document; the next save of the document takes it away, so none stays in the user's folder.
+void removeLeftoverTemporaries(int folderFd, const QByteArray &targetName)
+{
+    const int copy = ::openat(folderFd, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (copy < 0)
+        return;
+    DIR *dir = ::fdopendir(copy);
+    if (!dir) {
+        ::close(copy);
+        return;
+    }
+    std::vector<QByteArray> leftovers;
+    while (const dirent *e = ::readdir(dir)) {
+        if (isTemporaryOf(e->d_name, targetName))
+            leftovers.emplace_back(e->d_name);
+    }
+    ::closedir(dir);
+    for (const QByteArray &leftover : leftovers)
+        ::unlinkat(folderFd, leftover.constData(), 0);
+}
 
 constexpr int unnamedUnsupported = -1;
 
 // Writes `bytes` to a new file in the target's folder, flushes it to the disk and renames it over
 // the target. The new file has no name while it is written where the file system allows that
 // (O_TMPFILE), so a crash leaves nothing behind; it is named, hidden, just before the rename.
-int replace(const Target &target, const QByteArray &bytes, bool unnamed)
+int replace(const Target &target, QByteArrayView bytes, bool unnamed)
 {
     QByteArray temporary;
     int fd;
@@ -179,6 +225,10 @@ int replace(const Target &target, const QByteArray &bytes, bool unnamed)
     // The text is on the disk before its name is: a power cut leaves the old or the new text.
     if (::fsync(fd) != 0)
         return discard(errno);
+    if (target.written) {
+        struct stat st;
+        *target.written = ::fstat(fd, &st) == 0 ? FileIdentity::fromStat(st) : FileIdentity();
+    }
 
     if (unnamed) {
         const QByteArray self = "/proc/self/fd/" + QByteArray::number(fd);
@@ -207,7 +257,13 @@ int replace(const Target &target, const QByteArray &bytes, bool unnamed)
 } // namespace
 
 std::optional<FileError> writeUtf8Atomically(const QString &path, const QString &text,
-                                             Temporary temporary)
+                                             Temporary temporary, FileIdentity *written)
+{
+    return writeAtomically(path, text.toUtf8(), temporary, written);
+}
+
+std::optional<FileError> writeAtomically(const QString &path, QByteArrayView bytes,
+                                         Temporary temporary, FileIdentity *written)
 {
     QByteArray nativePath = QFile::encodeName(path);
     if (int error = resolveLinks(nativePath))
@@ -236,14 +292,14 @@ std::optional<FileError> writeUtf8Atomically(const QString &path, const QString 
                                    : FileError::fromErrno(errno, path);
     }
 
-    const QByteArray bytes = text.toUtf8();
-    const Target target {folderFd.get(), name, exists ? &existing : nullptr};
+    const Target target {folderFd.get(), name, exists ? &existing : nullptr, written};
     int error = temporary == Temporary::UnnamedWherePossible ? replace(target, bytes, true)
                                                              : unnamedUnsupported;
     if (error == unnamedUnsupported)
         error = replace(target, bytes, false);
     if (error)
         return FileError::fromErrno(error, path);
+    removeLeftoverTemporaries(folderFd.get(), name);
     return std::nullopt;
 }
 

@@ -77,6 +77,10 @@ Rectangle {
         }
         Divider {
         }
+        DocumentNoticeView {
+            objectName: "documentNotice"
+            Layout.fillWidth: true
+        }
         Loader {
             id: editorArea
 

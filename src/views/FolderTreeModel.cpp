@@ -205,13 +205,29 @@ std::vector<FolderTreeModel::Row> FolderTreeModel::visibleRows() const
 
 namespace {
 
-void collectFolderIds(const FileItem &item, QSet<QString> &ids)
+// Whether the tree holds the folder `id`, looked up along its path: a rescan of a large tree
+// must not walk all of it to keep a few expanded folders.
+bool holdsFolder(const FileItem &root, const QString &id)
 {
-    for (const FileItem &child : item.children()) {
-        if (child.isDirectory()) {
-            ids.insert(child.id());
-            collectFolderIds(child, ids);
-        }
+    const qsizetype rootLength = root.id().size();
+    if (id.size() <= rootLength + 1 || !id.startsWith(root.id()) || id[rootLength] != u'/')
+        return false;
+    const FileItem *node = &root;
+    qsizetype start = rootLength + 1;
+    for (;;) {
+        const qsizetype slash = id.indexOf(u'/', start);
+        const QStringView name = QStringView(id).mid(start, slash < 0 ? -1 : slash - start);
+        const QList<FileItem> &children = node->children();
+        const auto found
+            = std::find_if(children.begin(), children.end(), [name](const FileItem &c) {
+                  return c.isDirectory() && c.name() == name;
+              });
+        if (found == children.end())
+            return false;
+        if (slash < 0)
+            return true;
+        node = &*found;
+        start = slash + 1;
     }
 }
 
@@ -226,9 +242,7 @@ void FolderTreeModel::rootItemChanged()
     const bool wasEmpty = isEmptyFolder();
     m_root = root;
     if (m_root) {
-        QSet<QString> existing;
-        collectFolderIds(*m_root, existing);
-        m_expanded.intersect(existing);
+        m_expanded.removeIf([this](const QString &id) { return !holdsFolder(*m_root, id); });
         if (m_expandRootOnNextTree) {
             for (const FileItem &child : m_root->children()) {
                 if (child.isDirectory())

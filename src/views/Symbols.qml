@@ -23,7 +23,10 @@ QtObject {
             "checkmark.circle": "check-circle",
             "sidebar.right": "layout-sidebar-reverse",
             "list.bullet.indent": "list-nested",
-            "text.alignleft": "text-left"
+            "text.alignleft": "text-left",
+            "clock.arrow.circlepath": "clock-history",
+            "exclamationmark.triangle.fill": "exclamation-triangle-fill",
+            "doc.badge.xmark": "file-earmark-x"
         })
 
     // The icon of `symbol`, or an empty source for a name the table does not know.

@@ -8,6 +8,8 @@
 #include <QFutureWatcher>
 #include <QtConcurrent>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -37,11 +39,28 @@ QStringList stringList(const QVariant &value)
 
 } // namespace
 
-WorkspaceStore::WorkspaceStore(std::unique_ptr<QSettings> settings, QObject *parent)
+WorkspaceStore::WorkspaceStore(std::unique_ptr<QSettings> settings, const QString &draftsFolder,
+                               QObject *parent)
     : QObject(parent),
       m_settings(std::move(settings)),
-      m_searchService(std::make_shared<const SearchService>())
+      m_searchService(std::make_shared<const SearchService>()),
+      m_drafts(draftsFolder.isEmpty() ? DraftStore::defaultFolder() : draftsFolder)
 {
+    // At most a second of typing is ever only in memory, even while typing goes on.
+    m_draftTimer.setSingleShot(true);
+    m_draftTimer.setInterval(draftDelayMs);
+    connect(&m_draftTimer, &QTimer::timeout, this, &WorkspaceStore::writeDraftNow);
+    m_documentCheck.setSingleShot(true);
+    m_documentCheck.setInterval(stableFileMs);
+    connect(&m_documentCheck, &QTimer::timeout, this, &WorkspaceStore::checkDocumentOnDisk);
+    // A burst of changes (a branch switch) searches again once.
+    m_searchRefresh.setSingleShot(true);
+    m_searchRefresh.setInterval(300);
+    connect(&m_searchRefresh, &QTimer::timeout, this, [this] {
+        if (!m_searchQuery.isEmpty())
+            updateSearch(m_searchQuery);
+    });
+
     m_recentFolderPaths = stringList(m_settings->value(recentsKey));
     restoreLastSession();
 }
@@ -74,6 +93,9 @@ void WorkspaceStore::openFolder(const QUrl &url, const QUrl &preferredFileURL)
 {
     setRootURL(url);
     const QString path = FileUrl::path(url);
+    m_treeChanges = {};
+    if (m_watcher)
+        m_watcher->setRoot(path);
     storeSetting(lastFolderKey, path);
 
     QStringList recents = m_recentFolderPaths;
@@ -138,11 +160,16 @@ void WorkspaceStore::openFile(const QUrl &url)
     if (url == m_selectedFileURL && m_currentDocument)
         return;
     const QString path = FileUrl::path(url);
-    FileResult<QString> read = TextFile::readUtf8(path);
+    FileIdentity identity;
+    FileResult<QString> read = TextFile::readUtf8(path, &identity);
     if (read.error) {
         presentAlert(u"Impossible de lire le fichier: "_s, *read.error);
         return;
     }
+    leaveDocument();
+    m_diskText = read.value;
+    m_diskIdentity = identity;
+    m_offeredDraft = m_drafts.find(path, m_diskText);
     setSelectedFileURL(url);
     EditorDocument document;
     document.fileURL = url;
@@ -150,6 +177,10 @@ void WorkspaceStore::openFile(const QUrl &url)
     document.lastModified = QDateTime::currentDateTime();
     setCurrentDocument(document);
     storeSetting(lastFileKey, path);
+    if (m_offeredDraft)
+        setNotice(DraftFound);
+    if (m_watcher)
+        m_watcher->setExtraFolder(QFileInfo(path).path());
 }
 
 void WorkspaceStore::updateDocumentContent(const QString &newContent)
@@ -160,6 +191,8 @@ void WorkspaceStore::updateDocumentContent(const QString &newContent)
     document.content = newContent;
     document.isDirty = true;
     setCurrentDocument(document);
+    if (!m_draftTimer.isActive())
+        m_draftTimer.start();
 }
 
 void WorkspaceStore::updateHeadings(const QList<HeadingItem> &headings)
@@ -175,16 +208,33 @@ void WorkspaceStore::saveCurrentDocument()
 {
     if (!m_currentDocument)
         return;
+    // The bar asks first whether the file's new text or the edits win.
+    if (m_notice == ChangedOnDisk) {
+        setNotice(ChangedOnDisk, true);
+        return;
+    }
     const QString path = FileUrl::path(m_currentDocument->fileURL);
+    const FileIdentity onDisk = FileIdentity::of(path);
+    if (onDisk.exists() && onDisk != m_diskIdentity && !takeChangeFromDisk(true))
+        return;
+    FileIdentity written;
     if (std::optional<FileError> error
-        = TextFile::writeUtf8Atomically(path, m_currentDocument->content)) {
+        = TextFile::writeUtf8Atomically(path, m_currentDocument->content,
+                                        TextFile::Temporary::UnnamedWherePossible, &written)) {
         presentAlert(u"Erreur d'enregistrement: "_s, *error);
         return;
     }
+    m_diskText = m_currentDocument->content;
+    m_diskIdentity = written;
+    m_draftTimer.stop();
+    m_drafts.remove(path);
+    m_offeredDraft.reset();
     EditorDocument document = *m_currentDocument;
     document.isDirty = false;
     document.lastModified = QDateTime::currentDateTime();
     setCurrentDocument(document);
+    if (m_notice != NoNotice)
+        setNotice(NoNotice);
 }
 
 void WorkspaceStore::createNewFile(const QString &name, const QUrl &folder)
@@ -197,6 +247,13 @@ void WorkspaceStore::createNewFile(const QString &name, const QUrl &folder)
         presentAlert(u"Erreur lors de la création: "_s, *created.error);
         return;
     }
+    // Written here, not by another program: the open document's file, rewritten, is not news.
+    if (m_currentDocument && created.value == m_currentDocument->fileURL) {
+        const QString path = FileUrl::path(created.value);
+        m_diskIdentity = FileIdentity::of(path);
+        if (FileResult<QString> read = TextFile::readUtf8(path); read.ok())
+            m_diskText = read.value;
+    }
     reloadCurrentFolder();
     openFile(created.value);
 }
@@ -208,6 +265,14 @@ void WorkspaceStore::deleteFile(const QUrl &url)
         return;
     }
     if (m_selectedFileURL == url) {
+        // Deleted on purpose: its edits go with it.
+        m_draftTimer.stop();
+        m_documentCheck.stop();
+        if (m_currentDocument)
+            m_drafts.remove(FileUrl::path(m_currentDocument->fileURL));
+        m_offeredDraft.reset();
+        if (m_notice != NoNotice)
+            setNotice(NoNotice);
         setSelectedFileURL(QUrl());
         setCurrentDocument(std::nullopt);
     }
@@ -259,6 +324,265 @@ void WorkspaceStore::requestSnippetInsert(const QString &snippet)
     Q_EMIT snippetInsertRequest(snippet);
 }
 
+QString WorkspaceStore::noticeMessage() const
+{
+    if (!m_currentDocument)
+        return {};
+    const QString name = FileUrl::lastPathComponent(m_currentDocument->fileURL);
+    switch (m_notice) {
+    case DraftFound:
+        return u"Des modifications non enregistrées de « "_s + name + u" » ont été retrouvées."_s;
+    case ChangedOnDisk:
+        return u"« "_s + name + u" » a été modifié sur le disque."_s;
+    case RemovedFromDisk:
+        return u"« "_s + name + u" » a été supprimé du disque."_s;
+    case NoNotice:
+        break;
+    }
+    return {};
+}
+
+QString WorkspaceStore::noticeDetail() const
+{
+    if (!m_saveHeld)
+        return {};
+    // No-break spaces keep the guillemets with their words.
+    return u"Rien n'a été enregistré\u00a0: choisissez d'abord «\u00a0Recharger\u00a0» ou "
+           u"«\u00a0Garder mes modifications\u00a0»."_s;
+}
+
+void WorkspaceStore::setNotice(Notice notice, bool saveHeld)
+{
+    m_notice = notice;
+    m_saveHeld = saveHeld;
+    Q_EMIT noticeChanged();
+}
+
+void WorkspaceStore::leaveDocument()
+{
+    writeDraftNow();
+    m_documentCheck.stop();
+    m_offeredDraft.reset();
+    if (m_notice != NoNotice)
+        setNotice(NoNotice);
+}
+
+void WorkspaceStore::writeDraftNow()
+{
+    m_draftTimer.stop();
+    if (m_currentDocument && m_currentDocument->isDirty)
+        m_drafts.save(FileUrl::path(m_currentDocument->fileURL), m_diskText,
+                      m_currentDocument->content);
+}
+
+void WorkspaceStore::flushDraft()
+{
+    writeDraftNow();
+    m_drafts.waitForWrites();
+}
+
+void WorkspaceStore::restoreDraft()
+{
+    if (m_notice != DraftFound || !m_offeredDraft || !m_currentDocument)
+        return;
+    EditorDocument document = *m_currentDocument;
+    document.content = *m_offeredDraft;
+    document.isDirty = true;
+    m_offeredDraft.reset();
+    setCurrentDocument(document);
+    setNotice(NoNotice);
+    Q_EMIT documentTextReplaced();
+}
+
+void WorkspaceStore::discardDraft()
+{
+    if (m_notice != DraftFound || !m_currentDocument)
+        return;
+    m_drafts.remove(FileUrl::path(m_currentDocument->fileURL));
+    m_offeredDraft.reset();
+    setNotice(NoNotice);
+}
+
+void WorkspaceStore::reloadDocumentFromDisk()
+{
+    if (!m_currentDocument)
+        return;
+    FileIdentity identity;
+    FileResult<QString> read
+        = TextFile::readUtf8(FileUrl::path(m_currentDocument->fileURL), &identity);
+    if (read.error) {
+        presentAlert(u"Impossible de lire le fichier: "_s, *read.error);
+        return;
+    }
+    // The edits dropped here stay as a draft, made against the text they were edits of.
+    writeDraftNow();
+    replaceDocumentText(read.value, identity);
+}
+
+void WorkspaceStore::keepEdits()
+{
+    if (m_notice != ChangedOnDisk || !m_currentDocument)
+        return;
+    // The new file becomes what the edits replace: the next save writes them over it.
+    FileIdentity identity;
+    FileResult<QString> read
+        = TextFile::readUtf8(FileUrl::path(m_currentDocument->fileURL), &identity);
+    m_diskIdentity
+        = read.ok() ? identity : FileIdentity::of(FileUrl::path(m_currentDocument->fileURL));
+    if (read.ok())
+        m_diskText = read.value;
+    setNotice(NoNotice);
+    writeDraftNow();
+}
+
+void WorkspaceStore::replaceDocumentText(const QString &text, const FileIdentity &identity)
+{
+    m_diskText = text;
+    m_diskIdentity = identity;
+    m_offeredDraft.reset();
+    EditorDocument document = *m_currentDocument;
+    document.content = text;
+    document.isDirty = false;
+    document.lastModified = QDateTime::currentDateTime();
+    setCurrentDocument(document);
+    if (m_notice != NoNotice)
+        setNotice(NoNotice);
+    Q_EMIT documentTextReplaced();
+}
+
+bool WorkspaceStore::takeChangeFromDisk(bool saveHeld)
+{
+    const QString path = FileUrl::path(m_currentDocument->fileURL);
+    FileIdentity identity;
+    FileResult<QString> read = TextFile::readUtf8(path, &identity);
+    if (read.ok() && read.value == m_diskText) {
+        // Touched, not changed (a checkout writing the same bytes, a copy).
+        m_diskIdentity = identity;
+        if (m_notice == RemovedFromDisk)
+            setNotice(NoNotice);
+        return true;
+    }
+    if (read.ok() && !m_currentDocument->isDirty) {
+        replaceDocumentText(read.value, identity);
+        return false;
+    }
+    setNotice(ChangedOnDisk, saveHeld);
+    return false;
+}
+
+void WorkspaceStore::startWatching(int watchLimit)
+{
+    m_watcher
+        = std::make_unique<FolderWatcher>(m_fileSystemService.ignoredFolderNames(), watchLimit);
+    connect(m_watcher.get(), &FolderWatcher::changed, this, &WorkspaceStore::diskChanged);
+    if (m_currentDocument)
+        m_watcher->setExtraFolder(QFileInfo(FileUrl::path(m_currentDocument->fileURL)).path());
+    if (!m_rootURL.isEmpty())
+        m_watcher->setRoot(FileUrl::path(m_rootURL));
+}
+
+void WorkspaceStore::applicationActivated()
+{
+    checkDocumentSoon();
+    if (m_watcher && m_watcher->isLimited())
+        refreshTree({}, true);
+}
+
+void WorkspaceStore::diskChanged(const FolderWatcher::Changes &changes)
+{
+    if (changes.everything || !changes.folders.isEmpty())
+        refreshTree(changes.folders, changes.everything);
+    if (m_currentDocument) {
+        const QString path = FileUrl::path(m_currentDocument->fileURL);
+        if (changes.everything || changes.files.contains(path)
+            || changes.folders.contains(QFileInfo(path).path()))
+            checkDocumentSoon();
+    }
+    const bool documentsChanged
+        = changes.everything || !changes.folders.isEmpty()
+        || std::any_of(changes.files.cbegin(), changes.files.cend(), [](const QString &file) {
+               const QStringView name = QStringView(file).mid(file.lastIndexOf(u'/') + 1);
+               return FileItem::isMarkdownName(name) || FileItem::isSvgOrDiagramName(name);
+           });
+    if (documentsChanged && !m_searchQuery.isEmpty())
+        m_searchRefresh.start();
+}
+
+void WorkspaceStore::refreshTree(const QSet<QString> &folders, bool everything)
+{
+    if (!m_rootItem)
+        return;
+    m_treeChanges.merge({folders, {}, everything});
+    if (!m_treeRefreshRunning)
+        startTreeRefresh();
+}
+
+// The tree is read again away from the main thread, only the folders that changed; the result
+// is published if no other tree replaced the one it started from, else it is done again.
+void WorkspaceStore::startTreeRefresh()
+{
+    if (!m_rootItem || m_treeChanges.isEmpty())
+        return;
+    m_treeRefreshRunning = true;
+    const FolderWatcher::Changes changes = std::exchange(m_treeChanges, {});
+    const quint64 generation = m_treeGeneration;
+    QFuture<FileItem> future = QtConcurrent::run(
+        [service = m_fileSystemService, root = *m_rootItem, rootURL = m_rootURL, changes] {
+            return changes.everything ? service.scanDirectory(rootURL)
+                                      : service.rescanFolders(root, changes.folders);
+        });
+    auto *watcher = new QFutureWatcher<FileItem>(this);
+    connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher, generation, changes] {
+        watcher->deleteLater();
+        m_treeRefreshRunning = false;
+        if (generation != m_treeGeneration) {
+            m_treeChanges.merge(changes);
+        } else if (m_rootItem) {
+            const FileItem tree = watcher->result();
+            if (tree != *m_rootItem) {
+                setRootItem(tree);
+                if (!m_searchQuery.isEmpty())
+                    m_searchRefresh.start();
+            }
+        }
+        startTreeRefresh();
+    });
+    watcher->setFuture(future);
+}
+
+void WorkspaceStore::checkDocumentSoon()
+{
+    if (!m_currentDocument)
+        return;
+    m_lastSeenIdentity = FileIdentity::of(FileUrl::path(m_currentDocument->fileURL));
+    m_documentCheck.start();
+}
+
+void WorkspaceStore::checkDocumentOnDisk()
+{
+    if (!m_currentDocument)
+        return;
+    const FileIdentity now = FileIdentity::of(FileUrl::path(m_currentDocument->fileURL));
+    if (now != m_lastSeenIdentity) {
+        // Still being written: wait until it stands still.
+        m_lastSeenIdentity = now;
+        m_documentCheck.start();
+        return;
+    }
+    if (!now.exists()) {
+        if (m_notice != RemovedFromDisk)
+            setNotice(RemovedFromDisk);
+        return;
+    }
+    if (now == m_diskIdentity) {
+        if (m_notice == RemovedFromDisk)
+            setNotice(NoNotice);
+        return;
+    }
+    if (m_notice != ChangedOnDisk)
+        takeChangeFromDisk(false);
+}
+
 void WorkspaceStore::presentAlert(const QString &prefix, const FileError &error)
 {
     setAlertMessage(prefix + error.localizedDescription());
@@ -281,6 +605,7 @@ void WorkspaceStore::setRootURL(const QUrl &url)
 void WorkspaceStore::setRootItem(const std::optional<FileItem> &item)
 {
     m_rootItem = item;
+    ++m_treeGeneration;
     Q_EMIT rootItemChanged();
 }
 

@@ -5,7 +5,10 @@
 #include "model/FileSearchResults.h"
 #include "model/HeadingItem.h"
 #include "model/SidebarMode.h"
+#include "services/DraftStore.h"
+#include "services/FileIdentity.h"
 #include "services/FileSystemService.h"
+#include "services/FolderWatcher.h"
 #include "services/SearchService.h"
 
 #include <QList>
@@ -13,6 +16,7 @@
 #include <QSettings>
 #include <QString>
 #include <QStringList>
+#include <QTimer>
 #include <QUrl>
 #include <QVariant>
 
@@ -24,6 +28,11 @@
 // open document, the search state, the pending alert and the remembered session. Views read it
 // and change it only through its operations. Every property assignment notifies, even when the
 // value is equal. Lives on the main thread.
+//
+// Once watching, it follows the disk: the tree takes the entries other programs make, remove or
+// rename; the open document takes a new text written elsewhere while it has no edits, and says so
+// instead when it has; a save never writes over a file changed since it was read. Unsaved edits
+// are kept as recovery drafts, offered again when the document is opened next.
 class WorkspaceStore : public QObject
 {
     Q_OBJECT
@@ -43,15 +52,29 @@ class WorkspaceStore : public QObject
                    isOutlineVisibleChanged)
     Q_PROPERTY(QString alertMessage READ alertMessage NOTIFY alertMessageChanged)
     Q_PROPERTY(bool showAlert READ showAlert WRITE setShowAlert NOTIFY showAlertChanged)
+    // What the bar above the editor tells about the open document, and why a save waits.
+    Q_PROPERTY(Notice notice READ notice NOTIFY noticeChanged)
+    Q_PROPERTY(QString noticeMessage READ noticeMessage NOTIFY noticeChanged)
+    Q_PROPERTY(QString noticeDetail READ noticeDetail NOTIFY noticeChanged)
 
 public:
+    enum Notice {
+        NoNotice,
+        DraftFound, // unsaved edits of this file were kept: restore or ignore them
+        ChangedOnDisk, // another program changed the file while it has edits here
+        RemovedFromDisk, // the file is gone; a save writes it again
+    };
+    Q_ENUM(Notice)
+
     static inline const QString recentsKey = QStringLiteral("Pagewell.RecentFolders");
     static inline const QString lastFolderKey = QStringLiteral("Pagewell.LastFolder");
     static inline const QString lastFileKey = QStringLiteral("Pagewell.LastFile");
     static constexpr int maxRecentFolders = 10;
 
     // Loads the recent folders and restores the last session from `settings` before returning.
-    explicit WorkspaceStore(std::unique_ptr<QSettings> settings, QObject *parent = nullptr);
+    // Recovery drafts live in `draftsFolder` (the user's state folder when empty).
+    explicit WorkspaceStore(std::unique_ptr<QSettings> settings,
+                            const QString &draftsFolder = QString(), QObject *parent = nullptr);
     ~WorkspaceStore() override;
 
     // The application's store, made on first use with the user's preferences.
@@ -72,6 +95,9 @@ public:
     QString alertMessage() const { return m_alertMessage.value_or(QString()); }
     const std::optional<QString> &optionalAlertMessage() const { return m_alertMessage; }
     bool showAlert() const { return m_showAlert; }
+    Notice notice() const { return m_notice; }
+    QString noticeMessage() const;
+    QString noticeDetail() const;
 
     QVariant rootItemValue() const;
     QVariant currentDocumentValue() const;
@@ -110,6 +136,27 @@ public:
     Q_INVOKABLE void requestHeadingScroll(const QString &headingId);
     Q_INVOKABLE void requestSnippetInsert(const QString &snippet);
 
+    // The answers of the bar above the editor. "Rétablir" takes the offered draft (modified, not
+    // written); "Ignorer" deletes it; "Recharger" reads the file again, the edits staying as a
+    // draft; "Garder mes modifications" lets the next save write the edits over the new file.
+    Q_INVOKABLE void restoreDraft();
+    Q_INVOKABLE void discardDraft();
+    Q_INVOKABLE void reloadDocumentFromDisk();
+    Q_INVOKABLE void keepEdits();
+
+    // Follows the open folder and the open document's file on disk from now on. `watchLimit`
+    // caps the folders watched (0: the system's limit).
+    void startWatching(int watchLimit = 0);
+    const FolderWatcher *watcher() const { return m_watcher.get(); }
+    // The window came to the front: the document is checked against its file, and where not
+    // every folder can be watched, the tree is read again.
+    void applicationActivated();
+    // Writes the open document's draft now and waits until it is on the disk.
+    void flushDraft();
+    DraftStore &drafts() { return m_drafts; }
+    static constexpr int draftDelayMs = 1000;
+    static constexpr int stableFileMs = 150;
+
 Q_SIGNALS:
     void rootURLChanged();
     void rootItemChanged();
@@ -125,9 +172,14 @@ Q_SIGNALS:
     void alertMessageChanged();
     void showAlertChanged();
 
+    void noticeChanged();
+
     // The two request channels towards the editor page.
     void headingScrollRequest(const QString &headingId);
     void snippetInsertRequest(const QString &snippet);
+    // The open document's text was replaced here, not typed in the page (a new version from the
+    // disk, a restored draft): the page is to take it as one change that undo can take back.
+    void documentTextReplaced();
 
 private:
     void restoreLastSession();
@@ -142,6 +194,20 @@ private:
     void setSearching(bool searching);
     void setAlertMessage(const QString &message);
     void storeSetting(const QString &key, const QVariant &value);
+    void setNotice(Notice notice, bool saveHeld = false);
+    // Before the open document gives way to another: its edits go to a draft at once.
+    void leaveDocument();
+    void writeDraftNow();
+    void replaceDocumentText(const QString &text, const FileIdentity &identity);
+    void diskChanged(const FolderWatcher::Changes &changes);
+    void refreshTree(const QSet<QString> &folders, bool everything);
+    void startTreeRefresh();
+    void checkDocumentSoon();
+    void checkDocumentOnDisk();
+    // The file differs from what was read or written here. Returns whether its bytes are the
+    // same after all; otherwise a clean document has taken the new text, a modified one shows
+    // the notice.
+    bool takeChangeFromDisk(bool saveHeld);
 
     std::unique_ptr<QSettings> m_settings;
     const FileSystemService m_fileSystemService;
@@ -163,4 +229,22 @@ private:
     bool m_isOutlineVisible = true;
     std::optional<QString> m_alertMessage;
     bool m_showAlert = false;
+
+    // The open document's file as last read or written here: its text and its identity.
+    QString m_diskText;
+    FileIdentity m_diskIdentity;
+    Notice m_notice = NoNotice;
+    bool m_saveHeld = false;
+    std::optional<QString> m_offeredDraft;
+    DraftStore m_drafts;
+    QTimer m_draftTimer;
+    // A changed file is read once it has stood still for a moment: never half-written.
+    QTimer m_documentCheck;
+    FileIdentity m_lastSeenIdentity;
+
+    std::unique_ptr<FolderWatcher> m_watcher;
+    quint64 m_treeGeneration = 0;
+    bool m_treeRefreshRunning = false;
+    FolderWatcher::Changes m_treeChanges;
+    QTimer m_searchRefresh;
 };

@@ -15,10 +15,17 @@ class TestWorkspace
 public:
     std::unique_ptr<WorkspaceStore> makeStore()
     {
-        return std::make_unique<WorkspaceStore>(std::make_unique<QSettings>(
-            m_scratch.filePath(QStringLiteral("settings-%1.ini").arg(++m_made)),
-            QSettings::IniFormat));
+        ++m_made;
+        return std::make_unique<WorkspaceStore>(
+            std::make_unique<QSettings>(
+                m_scratch.filePath(QStringLiteral("settings-%1.ini").arg(m_made)),
+                QSettings::IniFormat),
+            draftsFolder());
     }
+
+    // Every store of this workspace keeps its drafts here, as every launch of the application
+    // shares one state folder.
+    QString draftsFolder() const { return m_scratch.filePath(QStringLiteral("drafts")); }
 
     // A new folder holding `files` (see makeTree).
     QString folder(const QStringList &files)

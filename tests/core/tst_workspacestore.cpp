@@ -32,7 +32,8 @@ class TestWorkspaceStore : public QObject
     std::unique_ptr<WorkspaceStore> launch()
     {
         return std::make_unique<WorkspaceStore>(
-            std::make_unique<QSettings>(m_settingsPath, QSettings::IniFormat));
+            std::make_unique<QSettings>(m_settingsPath, QSettings::IniFormat),
+            m_scratch.filePath(u"drafts"_s));
     }
 
     QSettings settings() const { return QSettings(m_settingsPath, QSettings::IniFormat); }

@@ -222,6 +222,7 @@ int main(int argc, char *argv[])
 {
     QTemporaryDir config;
     qputenv("XDG_CONFIG_HOME", QFile::encodeName(config.path()));
+    qputenv("XDG_STATE_HOME", QFile::encodeName(config.path()));
     QtWebEngineQuick::initialize();
     QGuiApplication app(argc, argv);
     TestEditorHost test;

@@ -62,6 +62,7 @@ public:
     {
         // The store reads its preferences when QML first uses it: from here, not the user's.
         qputenv("XDG_CONFIG_HOME", QFile::encodeName(m_config.path()));
+        qputenv("XDG_STATE_HOME", QFile::encodeName(m_config.path()));
         // The editor pane holds the web engine; it must be set up before the application.
         QtWebEngineQuick::initialize();
     }

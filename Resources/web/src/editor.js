@@ -9,7 +9,7 @@ import {
   rectangularSelection,
   crosshairCursor,
 } from "@codemirror/view";
-import { defaultKeymap, history, historyKeymap, indentWithTab } from "@codemirror/commands";
+import { defaultKeymap, history, historyKeymap, indentWithTab, isolateHistory } from "@codemirror/commands";
 import { bracketMatching, indentOnInput } from "@codemirror/language";
 import { closeBrackets, closeBracketsKeymap } from "@codemirror/autocomplete";
 import { search, searchKeymap } from "@codemirror/search";
@@ -23,6 +23,7 @@ import { frenchPhrases } from "./phrases.js";
 import { wrapSelectionInMarkers } from "./emphasis.js";
 import { HeadingIndex, withIds } from "./headings.js";
 import { detectLineSeparator, normalizeLineBreaks, splitByteOrderMark } from "./lineBreaks.js";
+import { lineChange } from "./lineChange.js";
 
 // Above this size the whole text is sent at most every few hundred milliseconds while typing,
 // not on every key: copying megabytes per key would make typing lag.
@@ -180,6 +181,29 @@ export function createEditor(parent, { post }) {
     setTheme(name) {
       themeName = name === "dark" ? "dark" : "light";
       if (view) view.dispatch({ effects: theme.reconfigure(appearance(themeName)) });
+    },
+
+    // The document's text changed outside the page (on disk, or a draft taken back): only the
+    // lines that differ are replaced, in one change undo can take back, so the view stays where
+    // it was wherever the text allows.
+    replaceContent(markdownText) {
+      if (!view) return;
+      const split = splitByteOrderMark(String(markdownText ?? ""));
+      clearTimeout(contentTimer);
+      contentTimer = 0;
+      if (split.bom !== bom || detectLineSeparator(split.text) !== view.state.lineBreak) {
+        const top = view.scrollDOM.scrollTop;
+        load(String(markdownText ?? ""));
+        view.scrollDOM.scrollTop = top;
+        return;
+      }
+      const change = lineChange(view.state.doc, split.text.split(view.state.lineBreak));
+      if (!change) return;
+      view.dispatch({
+        changes: change,
+        userEvent: "input.replace",
+        annotations: isolateHistory.of("full"),
+      });
     },
 
     insertText(text) {

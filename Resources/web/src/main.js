@@ -12,6 +12,7 @@ window.Pagewell = Object.freeze({
   setContent: (markdown, filePath) => editor.setContent(markdown, filePath),
   setTheme: (name) => editor.setTheme(name),
   insertText: (text) => editor.insertText(text),
+  replaceContent: (markdown) => editor.replaceContent(markdown),
   scrollToHeading: (id) => editor.scrollToHeading(id),
 });
 // Read-only access for tests and the developer tools.

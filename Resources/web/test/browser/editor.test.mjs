@@ -181,6 +181,26 @@ test("themes switch between light and dark", async () => {
   });
 });
 
+test("a text from the disk keeps the view where it was, and one undo brings the previous text back", async () => {
+  const lines = [];
+  for (let i = 1; i <= 400; i++) lines.push(`Ligne ${i} du texte.`);
+  const before = lines.join("\r\n");
+  await withEditor(async ({ page, text }) => {
+    await page.evaluate((t) => window.Pagewell.setContent(t, "/w/long.md"), before);
+    await page.evaluate(() => (window.__pagewellEditor.view.scrollDOM.scrollTop = 3000));
+    await settle(page);
+    const top = await page.evaluate(() => window.__pagewellEditor.view.scrollDOM.scrollTop);
+    const after = before + "\r\nAjoutée par un autre programme.";
+    await page.evaluate((t) => window.Pagewell.replaceContent(t), after);
+    await settle(page);
+    assert.equal(await text(), after);
+    assert.equal(await page.evaluate(() => window.__pagewellEditor.view.scrollDOM.scrollTop), top);
+    await page.click(".cm-content");
+    await page.keyboard.press("Control+z");
+    assert.equal(await text(), before);
+  });
+});
+
 test("scrollToHeading puts the heading at the top with the caret on it", async () => {
   const lines = [];
   for (let i = 1; i <= 400; i++) lines.push(i % 100 === 0 ? `## Partie ${i / 100}` : `Ligne ${i} du texte.`);

@@ -1,0 +1,90 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import Pagewell
+
+// The bar above the editor that tells what happened to the open document outside this window:
+// unsaved edits found again, the file changed or removed by another program. Its buttons answer
+// through the store.
+Rectangle {
+    id: root
+
+    readonly property int notice: WorkspaceStore.notice
+    readonly property bool isWarning: notice === WorkspaceStore.ChangedOnDisk || notice === WorkspaceStore.RemovedFromDisk
+    readonly property color tint: isWarning ? Theme.orange : Theme.accent
+
+    visible: notice !== WorkspaceStore.NoNotice
+    implicitHeight: visible ? row.implicitHeight + 16 : 0
+    color: Theme.withOpacity(tint, Theme.dark ? 0.18 : 0.12)
+    Accessible.role: Accessible.AlertMessage
+    Accessible.name: WorkspaceStore.noticeMessage
+
+    Rectangle {
+        anchors.bottom: parent.bottom
+        width: parent.width
+        height: 1
+        color: Theme.withOpacity(root.tint, 0.45)
+    }
+
+    RowLayout {
+        id: row
+
+        anchors.fill: parent
+        anchors.leftMargin: 16
+        anchors.rightMargin: 12
+        spacing: 10
+
+        SymbolIcon {
+            symbol: root.notice === WorkspaceStore.DraftFound ? "clock.arrow.circlepath" : root.notice === WorkspaceStore.RemovedFromDisk ? "doc.badge.xmark" : "exclamationmark.triangle.fill"
+            size: 14
+            color: root.tint
+        }
+        ColumnLayout {
+            Layout.fillWidth: true
+            spacing: 2
+
+            Label {
+                objectName: "noticeMessage"
+                Layout.fillWidth: true
+                text: WorkspaceStore.noticeMessage
+                font.pointSize: 12
+                font.weight: Font.Medium
+                color: Theme.primary
+                wrapMode: Text.Wrap
+            }
+            Label {
+                objectName: "noticeDetail"
+                Layout.fillWidth: true
+                visible: text !== ""
+                text: WorkspaceStore.noticeDetail
+                font.pointSize: 11
+                color: Theme.secondary
+                wrapMode: Text.Wrap
+            }
+        }
+        PwButton {
+            objectName: "restoreDraftButton"
+            visible: root.notice === WorkspaceStore.DraftFound
+            text: "Rétablir"
+            onClicked: WorkspaceStore.restoreDraft()
+        }
+        PwButton {
+            objectName: "discardDraftButton"
+            visible: root.notice === WorkspaceStore.DraftFound
+            text: "Ignorer"
+            onClicked: WorkspaceStore.discardDraft()
+        }
+        PwButton {
+            objectName: "reloadButton"
+            visible: root.notice === WorkspaceStore.ChangedOnDisk
+            text: "Recharger"
+            onClicked: WorkspaceStore.reloadDocumentFromDisk()
+        }
+        PwButton {
+            objectName: "keepEditsButton"
+            visible: root.notice === WorkspaceStore.ChangedOnDisk
+            text: "Garder mes modifications"
+            onClicked: WorkspaceStore.keepEdits()
+        }
+    }
+}
