@@ -173,7 +173,7 @@ Item {
 
                 objectName: "newFileName"
                 Layout.fillWidth: true
-                placeholderText: "notes.md"
+                placeholderText: "spec.md"
                 Accessible.name: "Nom du nouveau fichier"
                 selectByMouse: true
                 Keys.onReturnPressed: newFileSheet.create()

@@ -108,7 +108,7 @@ Item {
 
                     width: ListView.view.width
                     focusPolicy: Qt.NoFocus
-                    topPadding: isFile ? 6 : 3
+                    topPadding: isFile ? 2 : 3
                     bottomPadding: isFile ? 2 : 3
                     leftPadding: isFile ? 4 : 20
                     rightPadding: 4
