@@ -17,16 +17,11 @@ void FolderTreeModel::setStore(WorkspaceStore *store)
         connect(store, &WorkspaceStore::rootItemChanged, this, &FolderTreeModel::rootItemChanged);
         connect(store, &WorkspaceStore::selectedFileURLChanged, this,
                 &FolderTreeModel::selectionChanged);
-        // The root's folders open once a new folder's tree is there; the same folder opened
-        // again keeps the folders the person closed.
-        connect(store, &WorkspaceStore::rootURLChanged, this, [this] {
-            if (m_store->rootURL() != m_rootURL)
-                m_expandRootOnNextTree = true;
-            m_rootURL = m_store->rootURL();
-        });
+        // The root's folders open once the new folder's tree is there.
+        connect(store, &WorkspaceStore::rootURLChanged, this,
+                [this] { m_expandRootOnNextTree = true; });
     }
     m_selectedPath = store ? FileUrl::path(store->selectedFileURL()) : QString();
-    m_rootURL = store ? store->rootURL() : QUrl();
     m_root.reset();
     // A new tree view shows the root's folders open.
     m_expandRootOnNextTree = true;

@@ -85,6 +85,5 @@ private:
     std::vector<Row> m_rows;
     QSet<QString> m_expanded;
     QString m_selectedPath;
-    QUrl m_rootURL;
     bool m_expandRootOnNextTree = false;
 };
