@@ -17,14 +17,11 @@ void FolderTreeModel::setStore(WorkspaceStore *store)
         connect(store, &WorkspaceStore::rootItemChanged, this, &FolderTreeModel::rootItemChanged);
         connect(store, &WorkspaceStore::selectedFileURLChanged, this,
                 &FolderTreeModel::selectionChanged);
-        // The root's folders open once the new folder's tree is there.
-        connect(store, &WorkspaceStore::rootURLChanged, this,
-                [this] { m_expandRootOnNextTree = true; });
     }
     m_selectedPath = store ? FileUrl::path(store->selectedFileURL()) : QString();
     m_root.reset();
     // A new tree view shows the root's folders open.
-    m_expandRootOnNextTree = true;
+    m_openedRoot.clear();
     rootItemChanged();
     Q_EMIT storeChanged();
 }
@@ -236,14 +233,18 @@ bool holdsFolder(const FileItem &root, const QString &id)
 void FolderTreeModel::rootItemChanged()
 {
     const std::optional<FileItem> &root = m_store ? m_store->rootItem() : std::nullopt;
+    // The tree of another folder than the one last shown opens its root's folders; the same
+    // folder opened again keeps the ones the person closed.
+    const bool newFolder = root && root->id() != m_openedRoot;
     // The store announces equal trees too; an unchanged tree changes no row.
-    if (root == m_root && !m_expandRootOnNextTree)
+    if (root == m_root && !newFolder)
         return;
     const bool wasEmpty = isEmptyFolder();
     m_root = root;
     if (m_root) {
         m_expanded.removeIf([this](const QString &id) { return !holdsFolder(*m_root, id); });
-        if (m_expandRootOnNextTree) {
+        if (newFolder) {
+            m_openedRoot = m_root->id();
             for (const FileItem &child : m_root->children()) {
                 if (child.isDirectory())
                     m_expanded.insert(child.id());
@@ -252,7 +253,6 @@ void FolderTreeModel::rootItemChanged()
     } else {
         m_expanded.clear();
     }
-    m_expandRootOnNextTree = false;
     replaceRows(visibleRows());
     if (wasEmpty != isEmptyFolder())
         Q_EMIT countChanged();

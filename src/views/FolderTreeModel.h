@@ -85,5 +85,6 @@ private:
     std::vector<Row> m_rows;
     QSet<QString> m_expanded;
     QString m_selectedPath;
-    bool m_expandRootOnNextTree = false;
+    // The folder whose tree this model last opened the root's folders of.
+    QString m_openedRoot;
 };

@@ -134,9 +134,17 @@ private Q_SLOTS:
         QVERIFY(!model.isEmptyFolder());
         store->openFolder(QUrl::fromLocalFile(folder({u"P/Q/q.md"_s})));
         QCOMPARE(column(model, FolderTreeModel::NameRole), (QStringList {u"P"_s, u"Q"_s}));
+        // The same folder opened again keeps what the person closed: only a new folder opens
+        // its root's folders.
+        const QString opened = FileUrl::path(store->rootURL());
+        model.collapse(0);
+        store->openFolder(QUrl::fromLocalFile(opened));
+        QCOMPARE(column(model, FolderTreeModel::NameRole), (QStringList {u"P"_s}));
         store->openFolder(QUrl::fromLocalFile(folder({})));
         QVERIFY(model.isEmptyFolder());
         QCOMPARE(model.count(), 0);
+        store->openFolder(QUrl::fromLocalFile(opened));
+        QCOMPARE(column(model, FolderTreeModel::NameRole), (QStringList {u"P"_s, u"Q"_s}));
     }
 
     void searchRowsAndSummary()
