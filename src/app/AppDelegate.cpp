@@ -7,6 +7,9 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QFileOpenEvent>
+#include <QTimer>
+
+#include <utility>
 
 AppDelegate::AppDelegate(WorkspaceStore *store, QObject *parent) : QObject(parent), m_store(store)
 {
@@ -67,8 +70,14 @@ void AppDelegate::checkForUpdates()
 bool AppDelegate::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() == QEvent::FileOpen) {
-        handleOpenURLs({static_cast<QFileOpenEvent *>(event)->url()});
-        Q_EMIT activationRequested();
+        // Several files opened at once arrive as one event each, in a row: they are gathered
+        // and handled together, so the first counts, not the last.
+        if (m_fileOpenBatch.isEmpty())
+            QTimer::singleShot(0, this, [this] {
+                handleOpenURLs(std::exchange(m_fileOpenBatch, {}));
+                Q_EMIT activationRequested();
+            });
+        m_fileOpenBatch.append(static_cast<QFileOpenEvent *>(event)->url());
         return true;
     }
     return QObject::eventFilter(watched, event);

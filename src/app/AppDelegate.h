@@ -50,4 +50,5 @@ protected:
 private:
     WorkspaceStore *m_store;
     std::unique_ptr<UpdateController> m_updater;
+    QList<QUrl> m_fileOpenBatch;
 };

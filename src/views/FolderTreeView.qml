@@ -151,6 +151,13 @@ Item {
         onOpened: nameField.forceActiveFocus()
         onRejected: nameField.text = ""
 
+        // "Créer" is the sheet's default button: Return creates wherever the focus is.
+        Shortcut {
+            sequences: ["Return", "Enter"]
+            enabled: newFileSheet.opened
+            onActivated: newFileSheet.create()
+        }
+
         function create() {
             if (nameField.text === "" || !createButton.enabled)
                 return;
@@ -176,8 +183,6 @@ Item {
                 placeholderText: "spec.md"
                 Accessible.name: "Nom du nouveau fichier"
                 selectByMouse: true
-                Keys.onReturnPressed: newFileSheet.create()
-                Keys.onEnterPressed: newFileSheet.create()
             }
             RowLayout {
                 Item {

@@ -24,8 +24,13 @@ void OutlineModel::setStore(WorkspaceStore *store)
 {
     if (!rebindStore(m_store, store, this))
         return;
-    if (store)
+    if (store) {
         connect(store, &WorkspaceStore::currentDocumentChanged, this, &OutlineModel::update);
+        connect(store, &WorkspaceStore::documentFileChanged, this, [this] {
+            m_lastModified = {}; // the file changed under the document: read its size again
+            update();
+        });
+    }
     update();
     Q_EMIT storeChanged();
 }

@@ -569,6 +569,8 @@ void WorkspaceStore::checkDocumentOnDisk()
         m_documentCheck.start();
         return;
     }
+    if (now != m_diskIdentity)
+        Q_EMIT documentFileChanged();
     if (!now.exists()) {
         if (m_notice != RemovedFromDisk)
             setNotice(RemovedFromDisk);

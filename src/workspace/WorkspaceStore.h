@@ -173,6 +173,8 @@ Q_SIGNALS:
     void showAlertChanged();
 
     void noticeChanged();
+    // The open document's file was changed, replaced or removed by another program.
+    void documentFileChanged();
 
     // The two request channels towards the editor page.
     void headingScrollRequest(const QString &headingId);

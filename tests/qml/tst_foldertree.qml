@@ -125,6 +125,9 @@ TestCase {
         keyClick(Qt.Key_T);
         keyClick(Qt.Key_E);
         verify(create.enabled);
+        // Return creates wherever the focus is, as the sheet's default button.
+        keyClick(Qt.Key_Tab);
+        verify(!findChild(sheet.contentItem, "newFileName").activeFocus);
         keyClick(Qt.Key_Return);
         tryVerify(() => !sheet.visible);
         verify(fixture.exists(t.root + "/docs/note.md"));

@@ -236,6 +236,18 @@ private Q_SLOTS:
         model.scrollTo(1);
         QCOMPARE(requests.count(), 2);
         QCOMPARE(requests.at(1).at(0).toString(), u"l'étape"_s);
+
+        // The size follows the file on disk while the document keeps its edits.
+        store->startWatching();
+        QSignalSpy ready(store->watcher(), &FolderWatcher::ready);
+        QVERIFY(ready.wait());
+        const QString path = FileUrl::path(store->currentDocument()->fileURL);
+        const QString before = model.sizeText();
+        writeFile(path, QByteArray(5000, 'x'));
+        QTRY_COMPARE_WITH_TIMEOUT(model.sizeText(), u"Taille : 5.0 kB"_s, 2000);
+        QVERIFY(model.sizeText() != before);
+        QFile::remove(path);
+        QTRY_COMPARE_WITH_TIMEOUT(model.sizeText(), u"Taille : -"_s, 2000);
     }
 
     void mediumDatesFollowTheLocale()
