@@ -32,6 +32,9 @@ void Coordinator::setStore(WorkspaceStore *store)
         });
         connect(store, &WorkspaceStore::documentTextReplaced, this,
                 &Coordinator::documentTextReplaced);
+        // The page's text reaches the store before the save: its messages keep their order.
+        connect(store, &WorkspaceStore::saveRequest, this,
+                [this] { Q_EMIT saveScriptRequested(EditorScripts::saveCall()); });
     }
     Q_EMIT storeChanged();
 }
@@ -146,6 +149,12 @@ void Coordinator::navigationFinished()
     m_currentLoadedURL = document->fileURL;
     Q_EMIT scriptRequested(
         EditorScripts::startCall(document->content, FileUrl::path(document->fileURL), dark), false);
+}
+
+void Coordinator::saveCallFinished(bool handled)
+{
+    if (!handled && m_store)
+        m_store->saveCurrentDocument();
 }
 
 void Coordinator::contentCallFinished()

@@ -60,6 +60,8 @@ public:
     Q_INVOKABLE void navigationFinished();
     // The content call's evaluation ended, however it ended.
     Q_INVOKABLE void contentCallFinished();
+    // The answer of the save call: whether the page took it; if not, the store saves as it is.
+    Q_INVOKABLE void saveCallFinished(bool handled);
     // A message the page posted to "editorBridge". Malformed ones are dropped; the others are
     // handled in a later turn of the main thread, in the order they came.
     Q_INVOKABLE void receiveMessage(const QVariant &message);
@@ -75,6 +77,8 @@ Q_SIGNALS:
     // Evaluate `script` in the page; when `wantsCompletion`, call contentCallFinished() once the
     // evaluation ends.
     void scriptRequested(const QString &script, bool wantsCompletion);
+    // Evaluate the save call and hand its answer to saveCallFinished().
+    void saveScriptRequested(const QString &script);
 
 private:
     void handleMessage(const QString &type, const QVariantMap &body);

@@ -66,6 +66,11 @@ QString replaceCall(const QString &content)
         + u");"_s;
 }
 
+QString saveCall()
+{
+    return u"!!(window.Pagewell && window.Pagewell.requestSave());"_s;
+}
+
 QString scrollCall(const QString &headingId)
 {
     return u"window.Pagewell && window.Pagewell.scrollToHeading("_s + quoted(headingId) + u");"_s;

@@ -22,6 +22,9 @@ QString insertCall(const QString &snippet);
 // The open document's text replaced from outside the page (a new version on disk, a restored
 // draft): the page takes it as one change, so undo brings the previous text back.
 QString replaceCall(const QString &content);
+// Asks the page to send the text it shows, then to ask for a save, as its own Ctrl+S does; the
+// evaluation answers false when the page is not there to do it.
+QString saveCall();
 QString scrollCall(const QString &headingId);
 
 } // namespace EditorScripts

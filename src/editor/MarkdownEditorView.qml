@@ -23,6 +23,11 @@ Item {
         store: WorkspaceStore
         bridge: pageBridge
         isDark: Appearance.isDark
+        onSaveScriptRequested: script => {
+            web.runJavaScript(script, function (handled) {
+                    coordinator.saveCallFinished(handled === true);
+                });
+        }
         onScriptRequested: (script, wantsCompletion) => {
             if (wantsCompletion)
                 web.runJavaScript(script, function () {

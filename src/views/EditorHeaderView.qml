@@ -114,7 +114,7 @@ Rectangle {
             icon.height: 13
             icon.color: tint
             palette.buttonText: tint
-            onClicked: WorkspaceStore.saveCurrentDocument()
+            onClicked: WorkspaceStore.requestSave()
             background: Rectangle {
                 radius: 5
                 color: saveButton.down ? Theme.withOpacity(saveButton.tint, 0.25) : Theme.withOpacity(saveButton.tint, saveButton.hovered ? 0.16 : 0.1)

@@ -64,7 +64,7 @@ ApplicationWindow {
                 text: "Enregistrer"
                 shortcut: "Ctrl+S"
                 enabled: window.hasDocument
-                onTriggered: WorkspaceStore.saveCurrentDocument()
+                onTriggered: WorkspaceStore.requestSave()
             }
             MenuSeparator {
             }

@@ -237,6 +237,14 @@ void WorkspaceStore::saveCurrentDocument()
         setNotice(NoNotice);
 }
 
+void WorkspaceStore::requestSave()
+{
+    if (isSignalConnected(QMetaMethod::fromSignal(&WorkspaceStore::saveRequest)))
+        Q_EMIT saveRequest();
+    else
+        saveCurrentDocument();
+}
+
 void WorkspaceStore::createNewFile(const QString &name, const QUrl &folder)
 {
     const QUrl target = folder.isEmpty() ? m_rootURL : folder;

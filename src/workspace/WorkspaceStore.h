@@ -120,6 +120,9 @@ public:
     void updateHeadings(const QList<HeadingItem> &headings);
     // Writes the open document to its file atomically.
     Q_INVOKABLE void saveCurrentDocument();
+    // A save asked for outside the editor page (the menu, the header's button): the page, when
+    // there is one, first hands over what it shows, then the document is saved.
+    Q_INVOKABLE void requestSave();
 
     // Creates a document from the typed name in `folder`, or in the open folder, then rescans and
     // opens it.
@@ -182,6 +185,8 @@ Q_SIGNALS:
     // The open document's text was replaced here, not typed in the page (a new version from the
     // disk, a restored draft): the page is to take it as one change that undo can take back.
     void documentTextReplaced();
+    // A save was asked for: the editor page is to send its text and then save.
+    void saveRequest();
 
 private:
     void restoreLastSession();

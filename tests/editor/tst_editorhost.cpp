@@ -138,6 +138,25 @@ private Q_SLOTS:
                  QByteArray("# Titre\n\nTexte `code` ${x}\n## Suite\n"));
     }
 
+    void aSaveFromTheMenuSavesWhatThePageShows()
+    {
+        // A large document's text reaches the store only every few hundred milliseconds while
+        // typing; the menu's save must still write the last key.
+        const QString root = folder({u"big.md"_s});
+        QByteArray text = "# Grand\n";
+        while (text.size() < 2'000'000)
+            text += "Une ligne de texte pour un grand document.\n";
+        writeFile(root + u"/big.md"_s, text);
+        store()->openFile(QUrl::fromLocalFile(root + u"/big.md"_s));
+        QTRY_COMPARE_WITH_TIMEOUT(
+            evaluate(u"window.__pagewellEditor.view.state.doc.length"_s).toInt(), text.size(),
+            20000);
+        type(u"Z"_s);
+        store()->requestSave();
+        QTRY_COMPARE_WITH_TIMEOUT(readFile(root + u"/big.md"_s).right(2), QByteArray("\nZ"), 10000);
+        QVERIFY(!store()->currentDocument()->isDirty);
+    }
+
     void crlfAndByteOrderMarkSurviveAnEdit()
     {
         const QString root = folder({u"crlf.md"_s});

@@ -206,6 +206,11 @@ export function createEditor(parent, { post }) {
       });
     },
 
+    // A save asked for outside the page: the text first, then the request, in one order.
+    requestSave() {
+      return view ? save() : false;
+    },
+
     insertText(text) {
       if (!view) return;
       const insert = normalizeLineBreaks(String(text ?? ""), view.state.lineBreak);

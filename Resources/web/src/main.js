@@ -13,6 +13,7 @@ window.Pagewell = Object.freeze({
   setTheme: (name) => editor.setTheme(name),
   insertText: (text) => editor.insertText(text),
   replaceContent: (markdown) => editor.replaceContent(markdown),
+  requestSave: () => editor.requestSave(),
   scrollToHeading: (id) => editor.scrollToHeading(id),
 });
 // Read-only access for tests and the developer tools.
