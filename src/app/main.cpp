@@ -30,6 +30,11 @@ int main(int argc, char *argv[])
     // Chromium refuses to run its sandbox as root.
     if (::geteuid() == 0 && qEnvironmentVariableIsEmpty("QTWEBENGINE_DISABLE_SANDBOX"))
         qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
+    // A screen reader reads the editor's text only when the web engine shows its content to the
+    // accessibility bus. Nothing is computed while no assistive technology listens, so it is on
+    // by default (setting the variable to 0 turns it off).
+    if (qEnvironmentVariableIsEmpty("QTWEBENGINE_ENABLE_LINUX_ACCESSIBILITY"))
+        qputenv("QTWEBENGINE_ENABLE_LINUX_ACCESSIBILITY", "1");
     QtWebEngineQuick::initialize();
     QGuiApplication app(argc, argv);
     // The spelling dictionaries ship beside the editor page; the web profile reads them when it

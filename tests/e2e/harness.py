@@ -149,6 +149,16 @@ class Session:
         return find(self.app, lambda n: n.getRoleName() == role and n.name == name
                     and n.getState().contains(pyatspi.STATE_SHOWING))
 
+    def editor_text(self):
+        """The editor's text as a screen reader reads it, or None."""
+        page = find(self.app, lambda n: n.getRoleName() == "document web" and n.childCount > 0)
+        field = find(page, lambda n: n.getRoleName() == "text"
+                     and n.getState().contains(pyatspi.STATE_EDITABLE))
+        try:
+            return field.queryText().getText(0, -1) if field else None
+        except Exception:
+            return None
+
     def shot(self, name):
         if SHOTS:
             subprocess.run(["import", "-window", "root", os.path.join(SHOTS, name + ".png")])

@@ -22,6 +22,11 @@ def main():
         # The readme opens with the folder, and the root's folder is open.
         wait_for("the tree", lambda: s.row("README.md") and s.row("guide") and s.row("start.md"))
         wait_for("the readme in the header", lambda: s.label("README.md") and s.label("6 mots"))
+        # A screen reader reads the editor's text, without being asked for in the environment.
+        if "QTWEBENGINE_ENABLE_LINUX_ACCESSIBILITY" in s.env:
+            fail("the test's environment turns the web view's accessibility on by itself")
+        wait_for("the editor's text through the accessibility bus",
+                 lambda: "Bienvenue dans la documentation." in (s.editor_text() or ""))
         s.shot("e2e-readme")
 
         # A click on a file opens it; its header shows its place and its statistics, and the
