@@ -26,15 +26,24 @@ Rectangle {
         color: Theme.withOpacity(root.tint, 0.45)
     }
 
-    RowLayout {
+    // Side by side when there is room; in a narrow column the buttons go under the message.
+    GridLayout {
         id: row
 
-        anchors.fill: parent
+        readonly property bool narrow: root.width < 560
+
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.top: parent.top
         anchors.leftMargin: 16
         anchors.rightMargin: 12
-        spacing: 10
+        anchors.topMargin: 8
+        columns: narrow ? 2 : 3
+        columnSpacing: 10
+        rowSpacing: 6
 
         SymbolIcon {
+            Layout.alignment: Qt.AlignVCenter
             symbol: root.notice === WorkspaceStore.DraftFound ? "clock.arrow.circlepath" : root.notice === WorkspaceStore.RemovedFromDisk ? "doc.badge.xmark" : "exclamationmark.triangle.fill"
             size: 14
             color: root.tint
@@ -62,29 +71,37 @@ Rectangle {
                 wrapMode: Text.Wrap
             }
         }
-        PwButton {
-            objectName: "restoreDraftButton"
-            visible: root.notice === WorkspaceStore.DraftFound
-            text: "Rétablir"
-            onClicked: WorkspaceStore.restoreDraft()
-        }
-        PwButton {
-            objectName: "discardDraftButton"
-            visible: root.notice === WorkspaceStore.DraftFound
-            text: "Ignorer"
-            onClicked: WorkspaceStore.discardDraft()
-        }
-        PwButton {
-            objectName: "reloadButton"
-            visible: root.notice === WorkspaceStore.ChangedOnDisk
-            text: "Recharger"
-            onClicked: WorkspaceStore.reloadDocumentFromDisk()
-        }
-        PwButton {
-            objectName: "keepEditsButton"
-            visible: root.notice === WorkspaceStore.ChangedOnDisk
-            text: "Garder mes modifications"
-            onClicked: WorkspaceStore.keepEdits()
+        RowLayout {
+            Layout.row: row.narrow ? 1 : 0
+            Layout.column: row.narrow ? 1 : 2
+            Layout.alignment: row.narrow ? Qt.AlignLeft : Qt.AlignRight | Qt.AlignVCenter
+            spacing: 10
+            visible: root.notice === WorkspaceStore.DraftFound || root.notice === WorkspaceStore.ChangedOnDisk
+
+            PwButton {
+                objectName: "restoreDraftButton"
+                visible: root.notice === WorkspaceStore.DraftFound
+                text: "Rétablir"
+                onClicked: WorkspaceStore.restoreDraft()
+            }
+            PwButton {
+                objectName: "discardDraftButton"
+                visible: root.notice === WorkspaceStore.DraftFound
+                text: "Ignorer"
+                onClicked: WorkspaceStore.discardDraft()
+            }
+            PwButton {
+                objectName: "reloadButton"
+                visible: root.notice === WorkspaceStore.ChangedOnDisk
+                text: "Recharger"
+                onClicked: WorkspaceStore.reloadDocumentFromDisk()
+            }
+            PwButton {
+                objectName: "keepEditsButton"
+                visible: root.notice === WorkspaceStore.ChangedOnDisk
+                text: "Garder mes modifications"
+                onClicked: WorkspaceStore.keepEdits()
+            }
         }
     }
 }

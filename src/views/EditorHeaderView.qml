@@ -14,38 +14,72 @@ Rectangle {
     color: Theme.windowBackground
     visible: model.hasDocument
 
+    // The row gives way from the left: the folder path is cut in its middle first, then the
+    // statistics go, then the file name is cut, and last the save button keeps only its symbol.
+    // The save button and the outline toggle are always whole.
+    // In a very narrow column the margins and gaps tighten and the file symbol goes too.
+    readonly property bool tight: width < 220
+    readonly property real margin: tight ? 8 : 16
+    readonly property real gap: tight ? 6 : 12
+    readonly property real innerGap: tight ? 4 : 8
+    readonly property real available: width - 2 * margin
+    readonly property real symbolWidth: tight ? 0 : fileIcon.implicitWidth + innerGap
+    readonly property real dotWidth: unsaved.visible ? unsaved.implicitWidth + innerGap : 0
+    readonly property real identityWidth: symbolWidth + fileName.implicitWidth + dotWidth
+    readonly property real endWidth: gap + saveButton.implicitWidth + gap + outlineToggle.implicitWidth + (tight ? 0 : 1 + gap)
+    readonly property bool showsStatistics: available >= identityWidth + gap + statistics.implicitWidth + endWidth
+    readonly property real pathWidth: Math.max(0, available - identityWidth - innerGap - endWidth - (showsStatistics ? statistics.implicitWidth + gap : 0))
+    readonly property bool compactSave: available < symbolWidth + 48 + gap + fullSave.advanceWidth + 50 + gap + outlineToggle.implicitWidth
+
+    TextMetrics {
+        id: fullSave
+
+        font: saveButton.font
+        text: "Enregistrer"
+    }
+
     RowLayout {
         id: row
 
         anchors.fill: parent
-        anchors.leftMargin: 16
-        anchors.rightMargin: 16
-        spacing: 12
+        anchors.leftMargin: root.margin
+        anchors.rightMargin: root.margin
+        spacing: root.gap
 
         RowLayout {
             Layout.fillWidth: true
-            spacing: 8
+            Layout.minimumWidth: 0
+            spacing: root.innerGap
 
             SymbolIcon {
+                id: fileIcon
+
+                visible: !root.tight
                 symbol: "doc.text.fill"
                 size: 14
                 color: Theme.blue
             }
             Label {
+                id: fileName
+
                 objectName: "fileName"
+                Layout.maximumWidth: Math.max(24, root.available - root.symbolWidth - root.dotWidth - root.endWidth)
                 text: root.model.fileName
                 font.pointSize: 14
                 font.bold: true
                 color: Theme.primary
+                elide: Text.ElideRight
             }
             UnsavedIndicatorView {
+                id: unsaved
+
                 objectName: "unsavedIndicator"
                 visible: root.model.isDirty
             }
             Label {
                 objectName: "relativePath"
-                Layout.fillWidth: true
-                visible: text !== ""
+                Layout.preferredWidth: Math.min(implicitWidth, root.pathWidth)
+                visible: text !== "" && root.pathWidth >= 60
                 text: root.model.relativePath
                 font.pointSize: 11
                 color: Theme.secondary
@@ -54,6 +88,10 @@ Rectangle {
         }
 
         RowLayout {
+            id: statistics
+
+            objectName: "statistics"
+            visible: root.showsStatistics
             spacing: 10
 
             Label {
@@ -89,6 +127,7 @@ Rectangle {
         }
 
         Divider {
+            visible: !root.tight
             vertical: true
             Layout.fillHeight: false
             implicitHeight: 16
@@ -100,6 +139,8 @@ Rectangle {
             objectName: "saveButton"
             readonly property color tint: root.model.isDirty ? Theme.accent : Theme.secondary
 
+            Layout.minimumWidth: implicitWidth
+            display: root.compactSave ? AbstractButton.IconOnly : AbstractButton.TextBesideIcon
             text: root.model.isDirty ? "Enregistrer" : "Enregistré"
             toolTipText: "Enregistrer (Ctrl+S)"
             font.pointSize: 12
@@ -124,7 +165,10 @@ Rectangle {
         }
 
         SymbolButton {
+            id: outlineToggle
+
             objectName: "outlineToggle"
+            Layout.minimumWidth: implicitWidth
             symbol: "sidebar.right"
             symbolSize: 13
             symbolColor: WorkspaceStore.isOutlineVisible ? Theme.accent : Theme.secondary
