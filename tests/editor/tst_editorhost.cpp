@@ -11,6 +11,7 @@
 #include <QQuickView>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QWebEngineContextMenuRequest>
 #include <QtWebEngineQuick>
 
 Q_IMPORT_QML_PLUGIN(PagewellPlugin)
@@ -222,6 +223,86 @@ private Q_SLOTS:
             302, 5000);
     }
 
+    // Every word of everyday French and English prose is known; a misspelled word in each is
+    // not. Each word is right-clicked in the page, as a person asking for suggestions would.
+    void spellingKnowsEverydayProse()
+    {
+        const QString french
+            = u"Le matin, nous prenons le train pour aller au travail. La ville se réveille "
+              u"doucement et les rues sont encore calmes. Mon voisin promène son chien dans le "
+              u"parc, "
+              u"comme chaque jour, puis il achète du pain et des croissants à la boulangerie du "
+              u"coin. "
+              u"Qui ne connaît pas cette odeur ? Au bureau, nous lisons les messages de la nuit, "
+              u"nous "
+              u"préparons la réunion et nous écrivons la documentation du projet. Il faut décrire "
+              u"chaque étape avec soin, car les nouveaux collègues doivent pouvoir installer les "
+              u"outils "
+              u"sans aide. Ou bien ils nous posent des questions, ce qui prend du temps. À midi, "
+              u"nous "
+              u"mangeons ensemble dans une petite salle où le soleil entre par la fenêtre. Après "
+              u"le "
+              u"repas, le travail reprend : il reste des erreurs à corriger, des pages à relire et "
+              u"des "
+              u"exemples à vérifier. Le soir, quand tout est enfin terminé, nous rentrons chez "
+              u"nous "
+              u"avec le sentiment du devoir accompli. Demain sera une autre journée, peut-être "
+              u"plus "
+              u"longue, mais nous aimons ce que nous faisons et nous le faisons bien. Les livres, "
+              u"la "
+              u"musique et les amis nous attendent pour le week-end."_s;
+        const QString english = u"Every morning the team reads the notes from the night before and "
+                                u"decides what to write next. The guide explains how to install "
+                                u"the tools, how to open "
+                                u"a folder and how to search every document for a word. Good "
+                                u"documentation saves time "
+                                u"for everyone who comes after us."_s;
+        const QString root = folder({u"prose.md"_s});
+        writeFile(
+            root + u"/prose.md"_s,
+            (french + u"\n\nUne maisonn.\n\n"_s + english + u"\n\nA documentt.\n"_s).toUtf8());
+        store()->openFile(QUrl::fromLocalFile(root + u"/prose.md"_s));
+        QTRY_VERIFY_WITH_TIMEOUT(pageText().startsWith(u"Le matin"_s), 10000);
+        // The page as large as the view, and its text small enough that every word is drawn in
+        // it, so that each can be clicked.
+        m_editor->setSize(m_view.size());
+        QTRY_VERIFY_WITH_TIMEOUT(evaluate(u"window.innerHeight"_s).toInt() > 500, 5000);
+        evaluate(
+            u"document.body.style.fontSize = '60%'; window.__pagewellEditor.view.requestMeasure(); "
+            u"window.__pagewellEditor.view.focus(); true"_s);
+        QTest::qWait(1500); // the spelling service reads the text once it is focused
+
+        QObject *webView = m_editor->property("webView").value<QObject *>();
+        QMetaObject::Connection menu = QObject::connect(
+            webView, SIGNAL(contextMenuRequested(QWebEngineContextMenuRequest *)), this,
+            SLOT(recordMenu(QWebEngineContextMenuRequest *)));
+        QVERIFY(menu);
+        const QVariantList words
+            = evaluate(u"(() => { const v = window.__pagewellEditor.view; const text = "
+                       u"v.state.doc.toString(); "
+                       u"const out = []; for (const m of text.matchAll(/[\\p{L}]+/gu)) { "
+                       u"const c = v.coordsAtPos(m.index + 1); if (c) out.push([m[0], c.left, "
+                       u"(c.top + c.bottom) / 2]); } "
+                       u"return out; })()"_s)
+                  .toList();
+        QVERIFY2(words.size() > 220, qPrintable(QString::number(words.size())));
+        QStringList marked;
+        for (const QVariant &entry : words) {
+            const QVariantList word = entry.toList();
+            m_menuWord.reset();
+            QTest::mouseClick(&m_view, Qt::RightButton, {},
+                              QPoint(int(word.at(1).toDouble()) + 1, int(word.at(2).toDouble())));
+            if (!QTest::qWaitFor([&] { return m_menuWord.has_value(); }, 3000))
+                QFAIL(qPrintable(u"no context menu for "_s + word.at(0).toString()));
+            if (!m_menuWord->isEmpty())
+                marked.append(*m_menuWord);
+            QTest::keyClick(&m_view, Qt::Key_Escape);
+        }
+        disconnect(menu);
+        evaluate(u"document.body.style.fontSize = ''; true"_s);
+        QCOMPARE(marked, (QStringList {u"maisonn"_s, u"documentt"_s}));
+    }
+
     void thePageNeverLeaves()
     {
         QObject *webView = m_editor->property("webView").value<QObject *>();
@@ -235,6 +316,15 @@ private Q_SLOTS:
     }
 
     void cleanupTestCase() { QVERIFY2(pageErrors.isEmpty(), qPrintable(pageErrors.join(u'\n'))); }
+
+public Q_SLOTS:
+    void recordMenu(QWebEngineContextMenuRequest *request)
+    {
+        m_menuWord = request->misspelledWord();
+    }
+
+private:
+    std::optional<QString> m_menuWord;
 };
 
 int main(int argc, char *argv[])
@@ -242,6 +332,10 @@ int main(int argc, char *argv[])
     QTemporaryDir config;
     qputenv("XDG_CONFIG_HOME", QFile::encodeName(config.path()));
     qputenv("XDG_STATE_HOME", QFile::encodeName(config.path()));
+    // The dictionaries made at build time, beside the page.
+    qputenv("QTWEBENGINE_DICTIONARIES_PATH",
+            QFile::encodeName(qEnvironmentVariable("PAGEWELL_WEB_DIR")
+                              + u"/../qtwebengine_dictionaries"_s));
     QtWebEngineQuick::initialize();
     QGuiApplication app(argc, argv);
     TestEditorHost test;
