@@ -22,6 +22,16 @@ Q_IMPORT_QML_PLUGIN(PagewellPlugin)
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+// Whether the machine has a graphics device that renders (/dev/dri/renderD128 and the like).
+bool hasRenderNode()
+{
+    return !QDir(u"/dev/dri"_s).entryList({u"renderD*"_s}, QDir::System).isEmpty();
+}
+
+} // namespace
+
 int main(int argc, char *argv[])
 {
     // Under a file-size limit a save must fail with an error the user is told about, not end the
@@ -30,6 +40,13 @@ int main(int argc, char *argv[])
     // Chromium refuses to run its sandbox as root.
     if (::geteuid() == 0 && qEnvironmentVariableIsEmpty("QTWEBENGINE_DISABLE_SANDBOX"))
         qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
+    // Without a graphics processor, OpenGL is Mesa's software rasterizer: some 50 MiB of code and
+    // buffers in the process, to draw what Qt Quick's own software renderer draws with none.
+    if (qEnvironmentVariableIsEmpty("QT_QUICK_BACKEND")
+        && qEnvironmentVariableIsEmpty("QSG_RHI_BACKEND") && !hasRenderNode()) {
+        qputenv("QT_QUICK_BACKEND", "software");
+        qputenv("QT_XCB_GL_INTEGRATION", "none");
+    }
     // A screen reader reads the editor's text only when the web engine shows its content to the
     // accessibility bus. Nothing is computed while no assistive technology listens, so it is on
     // by default (setting the variable to 0 turns it off).

@@ -146,17 +146,26 @@ Item {
         }
     }
 
-    // The developer tools, made on first use.
-    Window {
+    // The developer tools, made on first use: a web view, even hidden, costs a renderer process.
+    Loader {
         id: inspector
 
-        title: "Inspecteur — Pagewell"
-        width: 900
-        height: 600
+        function show() {
+            active = true;
+            item.show();
+            item.raise();
+        }
 
-        WebEngineView {
-            anchors.fill: parent
-            inspectedView: inspector.visible ? web : null
+        active: false
+        sourceComponent: Window {
+            title: "Inspecteur — Pagewell"
+            width: 900
+            height: 600
+
+            WebEngineView {
+                anchors.fill: parent
+                inspectedView: parent.visible ? web : null
+            }
         }
     }
 }

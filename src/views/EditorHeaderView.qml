@@ -27,8 +27,13 @@ Rectangle {
     readonly property real dotWidth: unsaved.visible ? unsaved.implicitWidth + innerGap : 0
     readonly property real identityWidth: symbolWidth + fileName.implicitWidth + dotWidth
     readonly property real endWidth: gap + saveButton.implicitWidth + gap + outlineToggle.implicitWidth + (tight ? 0 : 1 + gap)
-    readonly property bool showsStatistics: available >= identityWidth + gap + statistics.implicitWidth + endWidth
-    readonly property real pathWidth: Math.max(0, available - identityWidth - innerGap - endWidth - (showsStatistics ? statistics.implicitWidth + gap : 0))
+    // The statistics in full, or without the reading time, or not at all.
+    readonly property real shortStatisticsWidth: words.implicitWidth + firstBullet.implicitWidth + characters.implicitWidth + 20
+    readonly property real fullStatisticsWidth: shortStatisticsWidth + secondBullet.implicitWidth + readingTime.implicitWidth + 20
+    readonly property bool showsReadingTime: available >= identityWidth + gap + fullStatisticsWidth + endWidth
+    readonly property bool showsStatistics: available >= identityWidth + gap + shortStatisticsWidth + endWidth
+    readonly property real statisticsWidth: showsReadingTime ? fullStatisticsWidth : showsStatistics ? shortStatisticsWidth : 0
+    readonly property real pathWidth: Math.max(0, available - identityWidth - innerGap - endWidth - (showsStatistics ? statisticsWidth + gap : 0))
     readonly property bool compactSave: available < symbolWidth + 48 + gap + fullSave.advanceWidth + 50 + gap + outlineToggle.implicitWidth
 
     TextMetrics {
@@ -95,30 +100,42 @@ Rectangle {
             spacing: 10
 
             Label {
+                id: words
+
                 objectName: "words"
                 text: root.model.wordsText
                 font.pointSize: 11
                 color: Theme.secondary
             }
             Label {
+                id: firstBullet
+
                 text: "•"
                 font.pointSize: 11
                 color: Theme.secondary
                 Accessible.ignored: true
             }
             Label {
+                id: characters
+
                 objectName: "characters"
                 text: root.model.charactersText
                 font.pointSize: 11
                 color: Theme.secondary
             }
             Label {
+                id: secondBullet
+
+                visible: root.showsReadingTime
                 text: "•"
                 font.pointSize: 11
                 color: Theme.secondary
                 Accessible.ignored: true
             }
             Label {
+                id: readingTime
+
+                visible: root.showsReadingTime
                 objectName: "readingTime"
                 text: root.model.readingTimeText
                 font.pointSize: 11

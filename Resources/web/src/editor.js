@@ -14,7 +14,7 @@ import { bracketMatching, indentOnInput } from "@codemirror/language";
 import { closeBrackets, closeBracketsKeymap } from "@codemirror/autocomplete";
 import { search, searchKeymap } from "@codemirror/search";
 import { markdown, markdownLanguage } from "@codemirror/lang-markdown";
-import { languages } from "@codemirror/language-data";
+import { codeLanguages } from "./codeLanguages.js";
 
 import { appearance } from "./theme.js";
 import { blockStyles } from "./blockStyles.js";
@@ -125,7 +125,7 @@ export function createEditor(parent, { post }) {
     EditorState.languageData.of(() => [{ closeBrackets: { brackets: ["(", "[", "{", '"'] } }]),
     wrapSelectionInMarkers,
     search({ top: true }),
-    markdown({ base: markdownLanguage, codeLanguages: languages, extensions: [frontMatter] }),
+    markdown({ base: markdownLanguage, codeLanguages, extensions: [frontMatter] }),
     keymap.of([
       { key: "Mod-s", run: save, preventDefault: true },
       ...closeBracketsKeymap,

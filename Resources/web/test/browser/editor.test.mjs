@@ -201,6 +201,29 @@ test("a text from the disk keeps the view where it was, and one undo brings the 
   });
 });
 
+test("fenced code is highlighted in the languages the page carries, and plain in the others", async () => {
+  await withEditor(async ({ page }) => {
+    const text = "```bash\ncd /opt # note\n```\n\n```python\ndef f():\n    return 1\n```\n\n```cobol\nDISPLAY 'X'.\n```\n";
+    await page.evaluate((t) => window.Pagewell.setContent(t, "/w/code.md"), text);
+    // Each language is loaded when a block first names it: the spans come a moment later.
+    const styled = (word) =>
+      page.evaluate((w) => {
+        const span = [...document.querySelectorAll(".cm-line span")].find((s) => s.textContent === w);
+        return span ? getComputedStyle(span).color : null;
+      }, word);
+    let plain;
+    for (let i = 0; i < 50; i++) {
+      plain = await page.evaluate(() => getComputedStyle(document.querySelector(".cm-content")).color);
+      const [bash, python] = [await styled("# note"), await styled("def")];
+      if (bash && python && bash !== plain && python !== plain) break;
+      await new Promise((r) => setTimeout(r, 100));
+    }
+    assert.notEqual(await styled("# note"), null, "bash comment styled");
+    assert.notEqual(await styled("def"), null, "python keyword styled");
+    assert.equal(await styled("DISPLAY"), null, "no highlighting for a language left out");
+  });
+});
+
 test("scrollToHeading puts the heading at the top with the caret on it", async () => {
   const lines = [];
   for (let i = 1; i <= 400; i++) lines.push(i % 100 === 0 ? `## Partie ${i / 100}` : `Ligne ${i} du texte.`);
