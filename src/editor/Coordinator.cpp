@@ -204,8 +204,19 @@ void Coordinator::handleMessage(const QString &type, const QVariantMap &body)
         return;
     if (type == u"contentChanged"_s) {
         const QVariant markdown = body.value(u"markdown"_s);
+        if (markdown.typeId() != QMetaType::QString)
+            return;
+        // Typing the page had not sent yet when another document replaced its own: it belongs
+        // to that document, which the store keeps as a draft.
+        const QVariant path = body.value(u"path"_s);
+        const std::optional<EditorDocument> &document = m_store->currentDocument();
+        if (path.typeId() == QMetaType::QString && document
+            && path.toString() != FileUrl::path(document->fileURL)) {
+            m_store->updateReplacedDocumentContent(path.toString(), markdown.toString());
+            return;
+        }
         // While the page takes a text from here, what it reports is that text coming back.
-        if (markdown.typeId() == QMetaType::QString && !m_isInternalUpdate)
+        if (!m_isInternalUpdate)
             m_store->updateDocumentContent(markdown.toString());
     } else if (type == u"headingsUpdated"_s) {
         const QVariant headings = body.value(u"headings"_s);

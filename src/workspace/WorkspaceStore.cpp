@@ -195,6 +195,15 @@ void WorkspaceStore::updateDocumentContent(const QString &newContent)
         m_draftTimer.start();
 }
 
+void WorkspaceStore::updateReplacedDocumentContent(const QString &path, const QString &text)
+{
+    if (!m_replaced || m_replaced->path != path || text == m_replaced->content)
+        return;
+    m_replaced->content = text;
+    if (text != m_replaced->diskText)
+        m_drafts.save(path, m_replaced->diskText, text);
+}
+
 void WorkspaceStore::updateHeadings(const QList<HeadingItem> &headings)
 {
     if (!m_currentDocument)
@@ -369,6 +378,9 @@ void WorkspaceStore::setNotice(Notice notice, bool saveHeld)
 void WorkspaceStore::leaveDocument()
 {
     writeDraftNow();
+    if (m_currentDocument)
+        m_replaced = ReplacedDocument {FileUrl::path(m_currentDocument->fileURL), m_diskText,
+                                       m_currentDocument->content};
     m_documentCheck.stop();
     m_offeredDraft.reset();
     if (m_notice != NoNotice)

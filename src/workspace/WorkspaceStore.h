@@ -117,6 +117,9 @@ public:
     Q_INVOKABLE void openFile(const QUrl &url);
     // The editor's whole text; a different text marks the document modified until it is saved.
     Q_INVOKABLE void updateDocumentContent(const QString &newContent);
+    // The last text of the document that the open one replaced, arriving after the replacement:
+    // kept as that document's draft when it differs from its file.
+    void updateReplacedDocumentContent(const QString &path, const QString &text);
     void updateHeadings(const QList<HeadingItem> &headings);
     // Writes the open document to its file atomically.
     Q_INVOKABLE void saveCurrentDocument();
@@ -243,6 +246,14 @@ private:
     Notice m_notice = NoNotice;
     bool m_saveHeld = false;
     std::optional<QString> m_offeredDraft;
+    // The document the open one replaced: its path and its file's text, for its late edits.
+    struct ReplacedDocument
+    {
+        QString path;
+        QString diskText;
+        QString content;
+    };
+    std::optional<ReplacedDocument> m_replaced;
     DraftStore m_drafts;
     QTimer m_draftTimer;
     // A changed file is read once it has stood still for a moment: never half-written.

@@ -201,6 +201,19 @@ private Q_SLOTS:
         QCoreApplication::processEvents();
         QCOMPARE(readFile(root + u"/a.md"_s), QByteArray("saved text"));
         QVERIFY(!store->currentDocument()->isDirty);
+
+        // Typing the page sends after another document replaced its own goes to that document's
+        // draft, never into the open one, even while the new text is being sent.
+        store->openFile(QUrl::fromLocalFile(root + u"/b.md"_s));
+        QVERIFY(coordinator->isInternalUpdate());
+        QVariantMap late = json(R"({"type":"contentChanged","markdown":"saved text, late"})");
+        late.insert(u"path"_s, QString(root + u"/a.md"_s));
+        coordinator->receiveMessage(late);
+        QCoreApplication::processEvents();
+        QCOMPARE(store->currentDocument()->content, u"# b.md\n"_s);
+        QVERIFY(!store->currentDocument()->isDirty);
+        store->drafts().waitForWrites();
+        QCOMPARE(store->drafts().find(root + u"/a.md"_s, u"saved text"_s), u"saved text, late"_s);
     }
 
     void requestChannels()

@@ -158,6 +158,29 @@ private Q_SLOTS:
         QVERIFY(!store()->currentDocument()->isDirty);
     }
 
+    void typingNotYetSentReachesItsDocumentsDraft()
+    {
+        // A large document's typing reaches the store every few hundred milliseconds; another
+        // file opened meanwhile must not lose it.
+        const QString root = folder({u"large.md"_s, u"other.md"_s});
+        QByteArray text = "# Grand\n";
+        while (text.size() < 300'000)
+            text += "Une ligne de texte pour un document assez grand.\n";
+        writeFile(root + u"/large.md"_s, text);
+        store()->openFile(QUrl::fromLocalFile(root + u"/large.md"_s));
+        QTRY_COMPARE_WITH_TIMEOUT(
+            evaluate(u"window.__pagewellEditor.view.state.doc.length"_s).toInt(), text.size(),
+            20000);
+        type(u"Z"_s);
+        store()->openFile(QUrl::fromLocalFile(root + u"/other.md"_s));
+        QTRY_COMPARE_WITH_TIMEOUT(pageText(), u"# other.md\n"_s, 10000);
+        QTest::qWait(200);
+        QVERIFY(!store()->currentDocument()->isDirty);
+        store()->drafts().waitForWrites();
+        QCOMPARE(store()->drafts().find(root + u"/large.md"_s, QString::fromUtf8(text)),
+                 QString::fromUtf8(text + "Z"));
+    }
+
     void crlfAndByteOrderMarkSurviveAnEdit()
     {
         const QString root = folder({u"crlf.md"_s});

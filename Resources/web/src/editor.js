@@ -26,8 +26,9 @@ import { detectLineSeparator, normalizeLineBreaks, splitByteOrderMark } from "./
 import { lineChange } from "./lineChange.js";
 
 // Above this size the whole text is sent at most every few hundred milliseconds while typing,
-// not on every key: copying megabytes per key would make typing lag.
-const LARGE_DOCUMENT = 1_000_000;
+// not on every key: copying a large text per key would make the key wait for it to be painted,
+// and the host parse it on its main thread.
+const LARGE_DOCUMENT = 200_000;
 
 // Pasted or dropped text takes the document's own line breaks, so a CRLF file stays CRLF.
 const pastedLineBreaks = EditorState.transactionFilter.of((tr) => {
@@ -67,10 +68,12 @@ export function createEditor(parent, { post }) {
     return (bom ? "\ufeff" : "") + view.state.sliceDoc(); // joined with the document's own line breaks
   }
 
+  // The text carries the path of its document: text still waiting when another document
+  // arrives is sent for the document it belongs to.
   function sendContent() {
     clearTimeout(contentTimer);
     contentTimer = 0;
-    post({ type: "contentChanged", markdown: currentText() });
+    post({ type: "contentChanged", markdown: currentText(), path: filePath });
   }
 
   function sendHeadings() {
@@ -153,10 +156,11 @@ export function createEditor(parent, { post }) {
     });
   }
 
-  // A new document: its text, a fresh undo history, the top of the text in view.
-  function load(markdownText) {
-    clearTimeout(contentTimer);
-    contentTimer = 0;
+  // A new document: its text, a fresh undo history, the top of the text in view. Typing not yet
+  // sent goes first, for the document it was typed in.
+  function load(markdownText, path) {
+    if (contentTimer) sendContent();
+    filePath = path;
     const state = makeState(markdownText);
     if (view) {
       view.setState(state);
@@ -170,12 +174,11 @@ export function createEditor(parent, { post }) {
   return {
     init(markdownText, isDark) {
       themeName = isDark ? "dark" : "light";
-      load(String(markdownText ?? ""));
+      load(String(markdownText ?? ""), filePath);
     },
 
     setContent(markdownText, path) {
-      filePath = String(path ?? "");
-      load(String(markdownText ?? ""));
+      load(String(markdownText ?? ""), String(path ?? ""));
     },
 
     setTheme(name) {
@@ -193,7 +196,7 @@ export function createEditor(parent, { post }) {
       contentTimer = 0;
       if (split.bom !== bom || detectLineSeparator(split.text) !== view.state.lineBreak) {
         const top = view.scrollDOM.scrollTop;
-        load(String(markdownText ?? ""));
+        load(String(markdownText ?? ""), filePath);
         view.scrollDOM.scrollTop = top;
         return;
       }
