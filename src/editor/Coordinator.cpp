@@ -106,6 +106,12 @@ bool Coordinator::allowsNavigation(const QUrl &url) const
     return !url.isEmpty() && url.adjusted(QUrl::RemoveFragment) == pageUrl();
 }
 
+bool Coordinator::opensOutside(const QUrl &url)
+{
+    const QString scheme = url.scheme(); // lower-cased by QUrl
+    return (scheme == u"http"_s || scheme == u"https"_s) && !url.host().isEmpty();
+}
+
 void Coordinator::update()
 {
     if (!m_parentIsDark)

@@ -69,8 +69,7 @@ Item {
                 request.action = WebEngineNavigationRequest.IgnoreRequest;
         }
         onNewWindowRequested: request => {
-            const url = request.requestedUrl.toString();
-            if (url.startsWith("http://") || url.startsWith("https://"))
+            if (coordinator.opensOutside(request.requestedUrl))
                 Qt.openUrlExternally(request.requestedUrl);
         }
         onJavaScriptConsoleMessage: (level, message, line, source) => {

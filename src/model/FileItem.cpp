@@ -44,13 +44,6 @@ QUrl FileItem::url() const
     return FileUrl::fromPath(m_id, m_isDirectory);
 }
 
-std::optional<QList<FileItem>> FileItem::optionalChildren() const
-{
-    if (!m_hasChildren)
-        return std::nullopt;
-    return m_children;
-}
-
 void FileItem::setChildren(std::optional<QList<FileItem>> children)
 {
     m_hasChildren = children.has_value();

@@ -40,7 +40,6 @@ public:
     bool hasChildren() const { return m_hasChildren; }
     // Empty for a file; see hasChildren() for the difference between absent and empty.
     const QList<FileItem> &children() const { return m_children; }
-    std::optional<QList<FileItem>> optionalChildren() const;
     void setChildren(std::optional<QList<FileItem>> children);
 
     bool isMarkdown() const;

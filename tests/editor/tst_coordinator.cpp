@@ -260,6 +260,13 @@ private Q_SLOTS:
             QUrl::fromLocalFile(bundle.path() + u"/web/editor.html"_s).toString() + u"#titre"_s)));
         QVERIFY(!coordinator.allowsNavigation(QUrl(u"https://example.org/"_s)));
         QVERIFY(!coordinator.allowsNavigation(QUrl::fromLocalFile(u"/etc/passwd"_s)));
+        // A window the page opens (Ctrl+click on a web address) goes to the desktop's browser
+        // only for a web address.
+        QVERIFY(Coordinator::opensOutside(QUrl(u"https://example.org/a"_s)));
+        QVERIFY(Coordinator::opensOutside(QUrl(u"HTTP://example.org/"_s)));
+        QVERIFY(!Coordinator::opensOutside(QUrl::fromLocalFile(u"/etc/passwd"_s)));
+        QVERIFY(!Coordinator::opensOutside(QUrl(u"javascript:alert(1)"_s)));
+        QVERIFY(!Coordinator::opensOutside(QUrl(u"mailto:a@b.c"_s)));
         QVERIFY(!coordinator.allowsNavigation(QUrl()));
     }
 };

@@ -187,8 +187,7 @@ private Q_SLOTS:
         const QByteArray bytes("\xEF\xBB\xBF# Titre\r\n\r\nligne\r\n");
         writeFile(root + u"/crlf.md"_s, bytes);
         store()->openFile(QUrl::fromLocalFile(root + u"/crlf.md"_s));
-        QTRY_COMPARE_WITH_TIMEOUT(evaluate(u"window.__pagewellEditor.filePath"_s).toString(),
-                                  root + u"/crlf.md"_s, 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(pageText(), u"# Titre\n\nligne\n"_s, 10000);
         type(u"fin"_s);
         QTRY_VERIFY_WITH_TIMEOUT(store()->currentDocument()->isDirty, 5000);
         pressInPage("s", true);

@@ -238,10 +238,6 @@ export function createEditor(parent, { post }) {
       view.focus();
     },
 
-    // For the host and for tests: where the text being edited came from.
-    get filePath() {
-      return filePath;
-    },
     get view() {
       return view;
     },

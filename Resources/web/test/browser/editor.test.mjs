@@ -45,7 +45,10 @@ test("loading text posts the outline once, never the text", async () => {
         ],
       },
     ]);
-    assert.equal(await page.evaluate(() => window.__pagewellEditor.filePath), "/w/a.md");
+    // What is typed then is posted for that document.
+    await focusEnd(page);
+    await page.keyboard.type("!");
+    assert.equal((await messages()).find((m) => m.type === "contentChanged").path, "/w/a.md");
   });
 });
 
