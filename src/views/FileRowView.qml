@@ -16,11 +16,12 @@ ItemDelegate {
     required property int depth
     required property int badgeCount
     required property string symbol
+    required property int kind
     property bool isCurrent: false
 
     signal contextMenuRequested(real x, real y)
 
-    readonly property color symbolColor: isDirectory ? Theme.accent : symbol === "doc.text.fill" ? Theme.blue : symbol === "chart.bar.doc.horizontal" ? Theme.orange : Theme.secondary
+    readonly property color symbolColor: [Theme.accent, Theme.blue, Theme.orange, Theme.secondary][kind]
 
     topPadding: 4
     bottomPadding: 4

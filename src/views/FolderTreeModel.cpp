@@ -61,13 +61,19 @@ QVariant FolderTreeModel::data(const QModelIndex &index, int role) const
     case BadgeCountRole:
         return item.isDirectory() ? item.markdownFileCount() : 0;
     case SymbolRole:
-        if (item.isDirectory())
+        switch (kindOf(item)) {
+        case Folder:
             return u"folder.fill"_s;
-        if (item.isMarkdown())
+        case Markdown:
             return u"doc.text.fill"_s;
-        if (item.isSvgOrDiagram())
+        case Diagram:
             return u"chart.bar.doc.horizontal"_s;
-        return u"doc"_s;
+        case OtherFile:
+            return u"doc"_s;
+        }
+        return {};
+    case KindRole:
+        return int(kindOf(item));
     default:
         return {};
     }
@@ -83,7 +89,17 @@ QHash<int, QByteArray> FolderTreeModel::roleNames() const
             {IsExpandedRole, "isExpanded"},
             {IsSelectedRole, "isSelected"},
             {BadgeCountRole, "badgeCount"},
-            {SymbolRole, "symbol"}};
+            {SymbolRole, "symbol"},
+            {KindRole, "kind"}};
+}
+
+FolderTreeModel::Kind FolderTreeModel::kindOf(const FileItem &item)
+{
+    if (item.isDirectory())
+        return Folder;
+    if (item.isMarkdown())
+        return Markdown;
+    return item.isSvgOrDiagram() ? Diagram : OtherFile;
 }
 
 void FolderTreeModel::activate(int row)

@@ -35,8 +35,12 @@ public:
         IsSelectedRole,
         BadgeCountRole,
         SymbolRole,
+        KindRole,
     };
     Q_ENUM(Role)
+    // What an entry is, which its symbol and the symbol's colour follow.
+    enum Kind { Folder, Markdown, Diagram, OtherFile };
+    Q_ENUM(Kind)
 
     explicit FolderTreeModel(QObject *parent = nullptr);
 
@@ -79,6 +83,7 @@ private:
     std::vector<Row> visibleRows() const;
     void replaceRows(const std::vector<Row> &rows);
     int rowOf(const QString &id) const;
+    static Kind kindOf(const FileItem &item);
 
     QPointer<WorkspaceStore> m_store;
     std::optional<FileItem> m_root;

@@ -198,7 +198,7 @@ Item {
 
                     objectName: "createButton"
                     text: "Créer"
-                    enabled: nameField.text.replace(/^[ \t]+|[ \t]+$/g, "") !== ""
+                    enabled: !WorkspaceStore.isBlank(nameField.text)
                     onClicked: newFileSheet.create()
                 }
             }

@@ -9,8 +9,6 @@ Item {
     id: root
 
     property alias alert: alert
-    readonly property bool hasFolder: WorkspaceStore.rootURL.toString() !== ""
-    readonly property bool hasDocument: WorkspaceStore.currentDocument !== undefined
 
     signal openFolder
 
@@ -21,7 +19,7 @@ Item {
 
     Loader {
         anchors.fill: parent
-        active: !root.hasFolder
+        active: !WorkspaceStore.hasFolder
         sourceComponent: EmptyWorkspaceView {
             onOpenFolder: root.openFolder()
         }
@@ -31,7 +29,7 @@ Item {
         id: workspace
 
         anchors.fill: parent
-        active: root.hasFolder
+        active: WorkspaceStore.hasFolder
         sourceComponent: SplitView {
             property alias sidebar: sidebar
 
@@ -54,7 +52,7 @@ Item {
                 SplitView.minimumWidth: 300
             }
             OutlineInspectorView {
-                visible: WorkspaceStore.isOutlineVisible && root.hasDocument
+                visible: WorkspaceStore.isOutlineVisible && WorkspaceStore.hasDocument
                 SplitView.minimumWidth: 180
                 SplitView.preferredWidth: 220
                 SplitView.maximumWidth: 280

@@ -8,15 +8,13 @@ ApplicationWindow {
     id: window
 
     property alias mainView: mainView
-    readonly property bool hasFolder: WorkspaceStore.rootURL.toString() !== ""
-    readonly property bool hasDocument: WorkspaceStore.currentDocument !== undefined
 
     // "Vérifier les mises à jour..." asks whoever runs the application.
     signal updateCheckRequested
 
     function openFolderDialog() {
         // Starts beside the open folder, where the next one usually is.
-        if (hasFolder)
+        if (WorkspaceStore.hasFolder)
             folderDialog.currentFolder = PathNames.toUrl(PathNames.fromUrl(WorkspaceStore.rootURL) + "/..");
         folderDialog.open();
     }
@@ -41,7 +39,7 @@ ApplicationWindow {
     minimumWidth: 800
     minimumHeight: 550
     visible: true
-    title: hasFolder ? PathNames.lastComponent(PathNames.fromUrl(WorkspaceStore.rootURL)) + " — Pagewell" : "Pagewell"
+    title: WorkspaceStore.hasFolder ? WorkspaceStore.folderName + " — Pagewell" : "Pagewell"
     color: Theme.contentBackground
     palette.highlight: Theme.accent
 
@@ -57,13 +55,13 @@ ApplicationWindow {
             Action {
                 text: "Nouveau fichier Markdown"
                 shortcut: "Ctrl+N"
-                enabled: window.hasFolder
+                enabled: WorkspaceStore.hasFolder
                 onTriggered: WorkspaceStore.createNewFile("untitled.md")
             }
             Action {
                 text: "Enregistrer"
                 shortcut: "Ctrl+S"
-                enabled: window.hasDocument
+                enabled: WorkspaceStore.hasDocument
                 onTriggered: WorkspaceStore.requestSave()
             }
             MenuSeparator {
@@ -71,7 +69,7 @@ ApplicationWindow {
             Action {
                 text: "Recharger le fichier"
                 shortcut: "Ctrl+R"
-                enabled: window.hasFolder
+                enabled: WorkspaceStore.hasFolder
                 onTriggered: WorkspaceStore.reloadCurrentFolder()
             }
             MenuSeparator {

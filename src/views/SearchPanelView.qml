@@ -105,6 +105,7 @@ Item {
                     required property int hitCount
                     required property int lineNumber
                     required property string lineContent
+                    required property string accessibleName
 
                     width: ListView.view.width
                     focusPolicy: Qt.NoFocus
@@ -114,7 +115,7 @@ Item {
                     rightPadding: 4
                     text: isFile ? fileName : lineContent
                     Accessible.role: Accessible.ListItem
-                    Accessible.name: isFile ? fileName + ", " + hitCount + (hitCount >= 2 ? " résultats" : " résultat") : "L" + lineNumber + " " + relativePath + " : " + lineContent
+                    Accessible.name: accessibleName
                     Accessible.onPressAction: clicked()
                     onClicked: {
                         list.currentIndex = index;

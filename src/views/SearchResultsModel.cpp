@@ -40,10 +40,15 @@ bool SearchResultsModel::showsEmptyState() const
     return showsStatus() && !isSearching() && m_results.isEmpty();
 }
 
+QString SearchResultsModel::hitsText(qsizetype hits)
+{
+    return QString::number(hits) + (hits >= 2 ? u" résultats"_s : u" résultat"_s);
+}
+
 QString SearchResultsModel::summaryText(qsizetype hits, qsizetype files)
 {
-    return QString::number(hits) + (hits >= 2 ? u" résultats"_s : u" résultat"_s) + u" dans "_s
-        + QString::number(files) + (files >= 2 ? u" fichiers"_s : u" fichier"_s);
+    return hitsText(hits) + u" dans "_s + QString::number(files)
+        + (files >= 2 ? u" fichiers"_s : u" fichier"_s);
 }
 
 void SearchResultsModel::updateResults()
@@ -102,6 +107,8 @@ QVariant SearchResultsModel::data(const QModelIndex &index, int role) const
             return file.relativePath;
         case HitCountRole:
             return int(file.matches.size());
+        case AccessibleNameRole:
+            return QString(file.fileName + u", "_s + hitsText(file.matches.size()));
         default:
             return {};
         }
@@ -121,6 +128,9 @@ QVariant SearchResultsModel::data(const QModelIndex &index, int role) const
     case Qt::DisplayRole:
     case LineContentRole:
         return hit.lineContent;
+    case AccessibleNameRole:
+        return QString(u"L"_s + QString::number(hit.lineNumber) + u' ' + hit.relativePath + u" : "_s
+                       + hit.lineContent);
     default:
         return {};
     }
@@ -128,9 +138,13 @@ QVariant SearchResultsModel::data(const QModelIndex &index, int role) const
 
 QHash<int, QByteArray> SearchResultsModel::roleNames() const
 {
-    return {{IsFileRole, "isFile"},          {FileNameRole, "fileName"},
-            {FileUrlRole, "fileUrl"},        {RelativePathRole, "relativePath"},
-            {HitCountRole, "hitCount"},      {LineNumberRole, "lineNumber"},
+    return {{AccessibleNameRole, "accessibleName"},
+            {IsFileRole, "isFile"},
+            {FileNameRole, "fileName"},
+            {FileUrlRole, "fileUrl"},
+            {RelativePathRole, "relativePath"},
+            {HitCountRole, "hitCount"},
+            {LineNumberRole, "lineNumber"},
             {LineContentRole, "lineContent"}};
 }
 

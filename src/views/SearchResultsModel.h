@@ -37,6 +37,8 @@ public:
         HitCountRole,
         LineNumberRole,
         LineContentRole,
+        // What a screen reader says of the row: "a.md, 2 résultats" or "L3 a.md : text".
+        AccessibleNameRole,
     };
     Q_ENUM(Role)
 
@@ -48,6 +50,8 @@ public:
     int hitCount() const { return m_hitCount; }
     int fileCount() const { return int(m_results.size()); }
     QString summaryText() const { return summaryText(m_hitCount, fileCount()); }
+    // "1 résultat", "2 résultats": a number of hits with its noun.
+    static QString hitsText(qsizetype hits);
     bool isSearching() const;
     bool showsStatus() const;
     bool showsEmptyState() const;

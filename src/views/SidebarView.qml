@@ -9,7 +9,7 @@ Rectangle {
     id: root
 
     readonly property string query: WorkspaceStore.searchQuery
-    readonly property bool searching: query.replace(/^[ \t]+|[ \t]+$/g, "") !== ""
+    readonly property bool searching: !WorkspaceStore.isSearchQueryBlank
 
     signal openFolder
 
@@ -45,7 +45,7 @@ Rectangle {
                 Label {
                     objectName: "folderName"
                     Layout.fillWidth: true
-                    text: WorkspaceStore.rootURL.toString() !== "" ? PathNames.lastComponent(PathNames.fromUrl(WorkspaceStore.rootURL)) : "Aucun dossier ouvert"
+                    text: WorkspaceStore.folderName
                     font.pointSize: 13
                     font.bold: true
                     color: Theme.primary

@@ -302,9 +302,7 @@ void WorkspaceStore::updateSearch(const QString &query)
     if (m_searchCancelled)
         *m_searchCancelled = true;
 
-    const bool blank
-        = std::all_of(query.begin(), query.end(), [](QChar c) { return c == u' ' || c == u'\t'; });
-    if (!m_rootItem || m_rootURL.isEmpty() || blank) {
+    if (!m_rootItem || m_rootURL.isEmpty() || isBlank(query)) {
         setSearchResults({});
         setSearching(false);
         return;
@@ -339,6 +337,16 @@ void WorkspaceStore::requestHeadingScroll(const QString &headingId)
 void WorkspaceStore::requestSnippetInsert(const QString &snippet)
 {
     Q_EMIT snippetInsertRequest(snippet);
+}
+
+bool WorkspaceStore::isBlank(const QString &text)
+{
+    return std::all_of(text.begin(), text.end(), [](QChar c) { return c == u' ' || c == u'\t'; });
+}
+
+QString WorkspaceStore::folderName() const
+{
+    return m_rootURL.isEmpty() ? u"Aucun dossier ouvert"_s : FileUrl::lastPathComponent(m_rootURL);
 }
 
 QString WorkspaceStore::noticeMessage() const

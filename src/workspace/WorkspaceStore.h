@@ -55,6 +55,11 @@ class WorkspaceStore : public QObject
     // What the bar above the editor tells about the open document, and why a save waits.
     Q_PROPERTY(Notice notice READ notice NOTIFY noticeChanged)
     Q_PROPERTY(QString noticeMessage READ noticeMessage NOTIFY noticeChanged)
+    // What the views derive from the published state, said once here.
+    Q_PROPERTY(bool hasFolder READ hasFolder NOTIFY rootURLChanged)
+    Q_PROPERTY(QString folderName READ folderName NOTIFY rootURLChanged)
+    Q_PROPERTY(bool hasDocument READ hasDocument NOTIFY currentDocumentChanged)
+    Q_PROPERTY(bool isSearchQueryBlank READ isSearchQueryBlank NOTIFY searchQueryChanged)
     Q_PROPERTY(QString noticeDetail READ noticeDetail NOTIFY noticeChanged)
 
 public:
@@ -96,6 +101,13 @@ public:
     const std::optional<QString> &optionalAlertMessage() const { return m_alertMessage; }
     bool showAlert() const { return m_showAlert; }
     Notice notice() const { return m_notice; }
+    bool hasFolder() const { return !m_rootURL.isEmpty(); }
+    // The open folder's name, or "Aucun dossier ouvert".
+    QString folderName() const;
+    bool hasDocument() const { return m_currentDocument.has_value(); }
+    bool isSearchQueryBlank() const { return isBlank(m_searchQuery); }
+    // Nothing but spaces and tabs: a blank query searches nothing, a blank name creates nothing.
+    Q_INVOKABLE static bool isBlank(const QString &text);
     QString noticeMessage() const;
     QString noticeDetail() const;
 
