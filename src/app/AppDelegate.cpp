@@ -35,6 +35,7 @@ void AppDelegate::applicationDidFinishLaunching(const QStringList &arguments,
     if (!updateFeed.isEmpty()) {
         m_updater = std::make_unique<UpdateController>(updateFeed,
                                                        QCoreApplication::applicationVersion());
+        Q_EMIT updaterControllerChanged();
         m_updater->start();
     }
     const QUrl url = launchURL(arguments, QDir::currentPath());

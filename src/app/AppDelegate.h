@@ -15,6 +15,9 @@ class WorkspaceStore;
 class AppDelegate : public QObject
 {
     Q_OBJECT
+    // The window shows its answers; there is none while no update feed is set.
+    Q_PROPERTY(
+        UpdateController *updaterController READ updaterController NOTIFY updaterControllerChanged)
 
 public:
     explicit AppDelegate(WorkspaceStore *store, QObject *parent = nullptr);
@@ -42,6 +45,7 @@ public Q_SLOTS:
 Q_SIGNALS:
     // The window is to come to the front: an open request arrived.
     void activationRequested();
+    void updaterControllerChanged();
 
 protected:
     // macOS hands files opened from the Finder over as file-open events.

@@ -1,8 +1,8 @@
 #include "InstanceChannel.h"
 
 #include <QDir>
-#include <QLocalSocket>
 #include <QFileInfo>
+#include <QLocalSocket>
 
 #include <unistd.h>
 

@@ -99,6 +99,8 @@ int main(int argc, char *argv[])
 
     QQmlApplicationEngine engine;
     engine.addImportPath(u"qrc:/qt/qml"_s);
+    // The window asks the delegate for update checks and shows its controller's answers.
+    engine.setInitialProperties({{u"delegate"_s, QVariant::fromValue<QObject *>(&delegate)}});
     engine.load(QUrl(u"qrc:/qt/qml/Pagewell/PagewellApp.qml"_s));
     if (engine.rootObjects().isEmpty())
         return 1;
@@ -108,7 +110,6 @@ int main(int argc, char *argv[])
         window->raise();
         window->requestActivate();
     };
-    QObject::connect(window, SIGNAL(updateCheckRequested()), &delegate, SLOT(checkForUpdates()));
     QObject::connect(&delegate, &AppDelegate::activationRequested, window, bringToFront);
     QObject::connect(&instances, &InstanceChannel::openRequested, &delegate,
                      [&delegate, bringToFront](const QUrl &url) {
@@ -118,14 +119,6 @@ int main(int argc, char *argv[])
                      });
 
     delegate.applicationDidFinishLaunching(arguments, UpdateController::configuredFeedURL());
-    if (UpdateController *updater = delegate.updaterController()) {
-        QObject::connect(updater, &UpdateController::answered, window,
-                         [window](const QString &title, const QString &message, const QUrl &url) {
-                             QMetaObject::invokeMethod(
-                                 window, "showUpdateAnswer", Q_ARG(QVariant, title),
-                                 Q_ARG(QVariant, message), Q_ARG(QVariant, url));
-                         });
-    }
     bringToFront();
     return QGuiApplication::exec();
 }

@@ -60,47 +60,13 @@ Item {
         }
     }
 
-    Dialog {
+    AlertDialog {
         id: alert
 
         objectName: "alert"
-        anchors.centerIn: parent
-        width: Math.min(420, root.width - 80)
-        modal: true
         title: "Pagewell"
+        message: WorkspaceStore.alertMessage
         visible: WorkspaceStore.showAlert
-        closePolicy: Popup.CloseOnEscape
-        padding: 16
         onClosed: WorkspaceStore.showAlert = false
-        onOpened: okButton.forceActiveFocus()
-
-        header: Label {
-            text: alert.title
-            font.pointSize: Theme.headline
-            font.bold: true
-            color: Theme.primary
-            leftPadding: 16
-            rightPadding: 16
-            topPadding: 14
-        }
-
-        Label {
-            width: parent.width
-            text: WorkspaceStore.alertMessage
-            wrapMode: Text.Wrap
-            font.pointSize: Theme.body
-        }
-
-        footer: DialogButtonBox {
-            ProminentButton {
-                id: okButton
-
-                text: "OK"
-                DialogButtonBox.buttonRole: DialogButtonBox.AcceptRole
-                Keys.onReturnPressed: clicked()
-                Keys.onEnterPressed: clicked()
-            }
-            onAccepted: alert.close()
-        }
     }
 }

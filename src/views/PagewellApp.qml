@@ -9,22 +9,14 @@ ApplicationWindow {
 
     property alias mainView: mainView
 
-    // "Vérifier les mises à jour..." asks whoever runs the application.
-    signal updateCheckRequested
+    // Who runs the application: it checks for updates, and its update controller answers.
+    property QtObject delegate: null
 
     function openFolderDialog() {
         // Starts beside the open folder, where the next one usually is.
         if (WorkspaceStore.hasFolder)
             folderDialog.currentFolder = PathNames.toUrl(PathNames.fromUrl(WorkspaceStore.rootURL) + "/..");
         folderDialog.open();
-    }
-
-    // What an update check found, told in a dialog; with a download address, a button opens it.
-    function showUpdateAnswer(title, message, downloadUrl) {
-        updateDialog.title = title;
-        updateDialog.message = message;
-        updateDialog.downloadUrl = downloadUrl;
-        updateDialog.open();
     }
 
     // Edit commands go to the focused field or editor, when it knows them.
@@ -138,7 +130,10 @@ ApplicationWindow {
 
             Action {
                 text: "Vérifier les mises à jour..."
-                onTriggered: window.updateCheckRequested()
+                onTriggered: {
+                    if (window.delegate)
+                        window.delegate.checkForUpdates();
+                }
             }
         }
     }
@@ -150,53 +145,25 @@ ApplicationWindow {
         onOpenFolder: window.openFolderDialog()
     }
 
-    Dialog {
+    // What an update check found; with a download address, a button opens it.
+    AlertDialog {
         id: updateDialog
 
-        property string message
         property url downloadUrl
 
         objectName: "updateDialog"
-        anchors.centerIn: parent
-        width: Math.min(440, window.width - 80)
-        modal: true
-        padding: 16
-        onOpened: updateOk.forceActiveFocus()
+        actionText: downloadUrl.toString() !== "" ? "Télécharger" : ""
+        onActionTriggered: Qt.openUrlExternally(downloadUrl)
+    }
 
-        header: Label {
-            text: updateDialog.title
-            font.pointSize: Theme.headline
-            font.bold: true
-            color: Theme.primary
-            leftPadding: 16
-            rightPadding: 16
-            topPadding: 14
-        }
+    Connections {
+        target: window.delegate ? window.delegate.updaterController : null
 
-        Label {
-            width: parent.width
-            text: updateDialog.message
-            wrapMode: Text.Wrap
-            font.pointSize: Theme.body
-        }
-
-        footer: DialogButtonBox {
-            PwButton {
-                visible: updateDialog.downloadUrl.toString() !== ""
-                text: "Télécharger"
-                DialogButtonBox.buttonRole: DialogButtonBox.ActionRole
-                onClicked: {
-                    Qt.openUrlExternally(updateDialog.downloadUrl);
-                    updateDialog.close();
-                }
-            }
-            ProminentButton {
-                id: updateOk
-
-                text: "OK"
-                DialogButtonBox.buttonRole: DialogButtonBox.AcceptRole
-            }
-            onAccepted: updateDialog.close()
+        function onAnswered(title, message, downloadURL) {
+            updateDialog.title = title;
+            updateDialog.message = message;
+            updateDialog.downloadUrl = downloadURL;
+            updateDialog.open();
         }
     }
 
