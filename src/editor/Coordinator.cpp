@@ -157,6 +157,11 @@ void Coordinator::navigationFinished()
         EditorScripts::startCall(document->content, FileUrl::path(document->fileURL), dark), false);
 }
 
+void Coordinator::focusPage()
+{
+    Q_EMIT scriptRequested(EditorScripts::focusCall(), false);
+}
+
 void Coordinator::saveCallFinished(bool handled)
 {
     if (!handled && m_store)

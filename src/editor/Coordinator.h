@@ -62,6 +62,8 @@ public:
     Q_INVOKABLE void navigationFinished();
     // The content call's evaluation ended, however it ended.
     Q_INVOKABLE void contentCallFinished();
+    // The page takes the keyboard, its text the caret.
+    Q_INVOKABLE void focusPage();
     // The answer of the save call: whether the page took it; if not, the store saves as it is.
     Q_INVOKABLE void saveCallFinished(bool handled);
     // A message the page posted to "editorBridge". Malformed ones are dropped; the others are

@@ -71,6 +71,11 @@ QString saveCall()
     return u"!!(window.Pagewell && window.Pagewell.requestSave());"_s;
 }
 
+QString focusCall()
+{
+    return u"window.Pagewell && window.Pagewell.focus();"_s;
+}
+
 QString scrollCall(const QString &headingId)
 {
     return u"window.Pagewell && window.Pagewell.scrollToHeading("_s + quoted(headingId) + u");"_s;

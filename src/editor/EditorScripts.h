@@ -25,6 +25,8 @@ QString replaceCall(const QString &content);
 // Asks the page to send the text it shows, then to ask for a save, as its own Ctrl+S does; the
 // evaluation answers false when the page is not there to do it.
 QString saveCall();
+// Gives the text the keyboard, as a click in it would.
+QString focusCall();
 QString scrollCall(const QString &headingId);
 
 } // namespace EditorScripts

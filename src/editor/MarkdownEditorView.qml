@@ -17,6 +17,12 @@ Item {
     property alias webView: web
     property alias bridge: pageBridge
 
+    // The keyboard to the text, as a click in it would give it.
+    function focusText() {
+        web.forceActiveFocus();
+        coordinator.focusPage();
+    }
+
     Coordinator {
         id: coordinator
 

@@ -13,6 +13,9 @@ Rectangle {
     readonly property bool isWarning: notice === WorkspaceStore.ChangedOnDisk || notice === WorkspaceStore.RemovedFromDisk
     readonly property color tint: isWarning ? Theme.orange : Theme.accent
 
+    // A button was pressed: the keyboard goes back to the text.
+    signal answered
+
     visible: notice !== WorkspaceStore.NoNotice
     implicitHeight: visible ? row.implicitHeight + 16 : 0
     color: Theme.withOpacity(tint, Theme.dark ? 0.18 : 0.12)
@@ -82,25 +85,37 @@ Rectangle {
                 objectName: "restoreDraftButton"
                 visible: root.notice === WorkspaceStore.DraftFound
                 text: "Rétablir"
-                onClicked: WorkspaceStore.restoreDraft()
+                onClicked: {
+                    WorkspaceStore.restoreDraft();
+                    root.answered();
+                }
             }
             PwButton {
                 objectName: "discardDraftButton"
                 visible: root.notice === WorkspaceStore.DraftFound
                 text: "Ignorer"
-                onClicked: WorkspaceStore.discardDraft()
+                onClicked: {
+                    WorkspaceStore.discardDraft();
+                    root.answered();
+                }
             }
             PwButton {
                 objectName: "reloadButton"
                 visible: root.notice === WorkspaceStore.ChangedOnDisk
                 text: "Recharger"
-                onClicked: WorkspaceStore.reloadDocumentFromDisk()
+                onClicked: {
+                    WorkspaceStore.reloadDocumentFromDisk();
+                    root.answered();
+                }
             }
             PwButton {
                 objectName: "keepEditsButton"
                 visible: root.notice === WorkspaceStore.ChangedOnDisk
                 text: "Garder mes modifications"
-                onClicked: WorkspaceStore.keepEdits()
+                onClicked: {
+                    WorkspaceStore.keepEdits();
+                    root.answered();
+                }
             }
         }
     }

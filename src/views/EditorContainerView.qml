@@ -80,6 +80,10 @@ Rectangle {
         DocumentNoticeView {
             objectName: "documentNotice"
             Layout.fillWidth: true
+            onAnswered: {
+                if (editorArea.item)
+                    editorArea.item.focusText();
+            }
         }
         Loader {
             id: editorArea

@@ -209,6 +209,11 @@ export function createEditor(parent, { post }) {
       });
     },
 
+    // The keyboard to the text, as a click would give it.
+    focus() {
+      if (view) view.focus();
+    },
+
     // A save asked for outside the page: the text first, then the request, in one order.
     requestSave() {
       return view ? save() : false;

@@ -14,6 +14,7 @@ window.Pagewell = Object.freeze({
   insertText: (text) => editor.insertText(text),
   replaceContent: (markdown) => editor.replaceContent(markdown),
   requestSave: () => editor.requestSave(),
+  focus: () => editor.focus(),
   scrollToHeading: (id) => editor.scrollToHeading(id),
 });
 // Read-only access for tests and the developer tools.
