@@ -82,6 +82,24 @@ class TestEditorHost : public QObject
 
     WorkspaceStore *store() { return WorkspaceStore::shared(); }
 
+    // A document of at least `size` bytes at `path`, opened and held whole by the page.
+    QByteArray openLarge(const QString &path, qsizetype size)
+    {
+        QByteArray text = "# Grand\n";
+        while (text.size() < size)
+            text += "Une ligne de texte pour un grand document.\n";
+        writeFile(path, text);
+        store()->openFile(QUrl::fromLocalFile(path));
+        if (!QTest::qWaitFor(
+                [&] {
+                    return evaluate(u"window.__pagewellEditor.view.state.doc.length"_s).toInt()
+                        == text.size();
+                },
+                20000))
+            qWarning("the page did not take %s", qPrintable(path));
+        return text;
+    }
+
 private Q_SLOTS:
     void initTestCase()
     {
@@ -144,14 +162,7 @@ private Q_SLOTS:
         // A large document's text reaches the store only every few hundred milliseconds while
         // typing; the menu's save must still write the last key.
         const QString root = folder({u"big.md"_s});
-        QByteArray text = "# Grand\n";
-        while (text.size() < 2'000'000)
-            text += "Une ligne de texte pour un grand document.\n";
-        writeFile(root + u"/big.md"_s, text);
-        store()->openFile(QUrl::fromLocalFile(root + u"/big.md"_s));
-        QTRY_COMPARE_WITH_TIMEOUT(
-            evaluate(u"window.__pagewellEditor.view.state.doc.length"_s).toInt(), text.size(),
-            20000);
+        openLarge(root + u"/big.md"_s, 2'000'000);
         type(u"Z"_s);
         store()->requestSave();
         QTRY_COMPARE_WITH_TIMEOUT(readFile(root + u"/big.md"_s).right(2), QByteArray("\nZ"), 10000);
@@ -163,14 +174,7 @@ private Q_SLOTS:
         // A large document's typing reaches the store every few hundred milliseconds; another
         // file opened meanwhile must not lose it.
         const QString root = folder({u"large.md"_s, u"other.md"_s});
-        QByteArray text = "# Grand\n";
-        while (text.size() < 300'000)
-            text += "Une ligne de texte pour un document assez grand.\n";
-        writeFile(root + u"/large.md"_s, text);
-        store()->openFile(QUrl::fromLocalFile(root + u"/large.md"_s));
-        QTRY_COMPARE_WITH_TIMEOUT(
-            evaluate(u"window.__pagewellEditor.view.state.doc.length"_s).toInt(), text.size(),
-            20000);
+        const QByteArray text = openLarge(root + u"/large.md"_s, 300'000);
         type(u"Z"_s);
         store()->openFile(QUrl::fromLocalFile(root + u"/other.md"_s));
         QTRY_COMPARE_WITH_TIMEOUT(pageText(), u"# other.md\n"_s, 10000);
