@@ -13,11 +13,15 @@ void EditorHeaderModel::setStore(WorkspaceStore *store)
     if (!rebindStore(m_store, store, this))
         return;
     if (store) {
-        connect(store, &WorkspaceStore::currentDocumentChanged, this, &EditorHeaderModel::update);
+        // Each part of the header follows its own announcement: a key re-counts, a save
+        // re-reads the flag, neither recomputes the rest.
+        connect(store, &WorkspaceStore::documentReplaced, this, &EditorHeaderModel::update);
+        connect(store, &WorkspaceStore::documentModifiedChanged, this, &EditorHeaderModel::update);
         connect(store, &WorkspaceStore::rootURLChanged, this, &EditorHeaderModel::update);
+        connect(store, &WorkspaceStore::documentTextChanged, this, &EditorHeaderModel::count);
     }
-    m_counted.reset();
     update();
+    count();
     Q_EMIT storeChanged();
 }
 
@@ -45,13 +49,13 @@ void EditorHeaderModel::update()
         m_isDirty = isDirty;
         Q_EMIT changed();
     }
+}
 
+void EditorHeaderModel::count()
+{
+    const std::optional<EditorDocument> &document
+        = m_store ? m_store->currentDocument() : std::nullopt;
     const QString content = document ? document->content : QString();
-    // A heading update or a save hands over the same text: no count (QString compares shared
-    // data in constant time).
-    if (m_counted && content == *m_counted)
-        return;
-    m_counted = content;
     const qsizetype words = EditorDocument::countWords(content);
     m_wordsText = DocumentStatistics::wordsText(words);
     m_charactersText

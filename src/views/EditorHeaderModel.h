@@ -48,14 +48,16 @@ Q_SIGNALS:
     void statisticsChanged();
 
 private:
+    // The file's name, place and modified flag.
     void update();
+    // The statistics of the text.
+    void count();
 
     QPointer<WorkspaceStore> m_store;
     bool m_hasDocument = false;
     QString m_fileName;
     QString m_relativePath;
     bool m_isDirty = false;
-    std::optional<QString> m_counted; // the text the statistics were counted on
     QString m_wordsText;
     QString m_charactersText;
     QString m_readingTimeText;

@@ -25,13 +25,16 @@ void OutlineModel::setStore(WorkspaceStore *store)
     if (!rebindStore(m_store, store, this))
         return;
     if (store) {
-        connect(store, &WorkspaceStore::currentDocumentChanged, this, &OutlineModel::update);
-        connect(store, &WorkspaceStore::documentFileChanged, this, [this] {
-            m_lastModified = {}; // the file changed under the document: read its size again
-            update();
-        });
+        // The list follows the headings; the facts follow the document, its saves and its file.
+        // Typing changes neither.
+        connect(store, &WorkspaceStore::documentHeadingsChanged, this,
+                &OutlineModel::updateHeadings);
+        connect(store, &WorkspaceStore::documentReplaced, this, &OutlineModel::updateFacts);
+        connect(store, &WorkspaceStore::documentModifiedChanged, this, &OutlineModel::updateFacts);
+        connect(store, &WorkspaceStore::documentFileChanged, this, &OutlineModel::updateFacts);
     }
-    update();
+    updateHeadings();
+    updateFacts();
     Q_EMIT storeChanged();
 }
 
@@ -45,26 +48,22 @@ QString OutlineModel::tag(int level)
     return u"H"_s + QString::number(level);
 }
 
-void OutlineModel::update()
+void OutlineModel::updateHeadings()
 {
     const std::optional<EditorDocument> &document
         = m_store ? m_store->currentDocument() : std::nullopt;
-    const QList<HeadingItem> headings = document ? document->headings : QList<HeadingItem>();
-    if (headings != m_headings) {
-        beginResetModel();
-        m_headings = headings;
-        endResetModel();
-        Q_EMIT headingsChanged();
-    }
-    // The size is read from the disk only when the file or its save time changes, not per edit.
-    const bool hasDocument = document.has_value();
-    const QUrl fileURL = document ? document->fileURL : QUrl();
+    beginResetModel();
+    m_headings = document ? document->headings : QList<HeadingItem>();
+    endResetModel();
+    Q_EMIT headingsChanged();
+}
+
+void OutlineModel::updateFacts()
+{
+    const std::optional<EditorDocument> &document
+        = m_store ? m_store->currentDocument() : std::nullopt;
     const QDateTime lastModified = document ? document->lastModified : QDateTime();
-    if (hasDocument == m_hasDocument && fileURL == m_fileURL && lastModified == m_lastModified)
-        return;
-    m_hasDocument = hasDocument;
-    m_fileURL = fileURL;
-    m_lastModified = lastModified;
+    m_hasDocument = document.has_value();
     m_sizeText = document ? u"Taille : "_s + document->formattedFileSize() : QString();
     m_modifiedText = document ? u"Modifié le : "_s + mediumDateTime(lastModified) : QString();
     Q_EMIT documentChanged();

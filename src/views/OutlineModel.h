@@ -10,7 +10,8 @@
 #include <QtQml/qqmlregistration.h>
 
 // The open document's headings for the outline column, and the facts shown below them. The list
-// is reset only when the headings really change: the page reports them after every edit.
+// is reset when the page reports headings, which it does only when they change; typing touches
+// neither the list nor the facts.
 class OutlineModel : public QAbstractListModel
 {
     Q_OBJECT
@@ -55,13 +56,12 @@ Q_SIGNALS:
     void documentChanged();
 
 private:
-    void update();
+    void updateHeadings();
+    void updateFacts();
 
     QPointer<WorkspaceStore> m_store;
     QList<HeadingItem> m_headings;
     bool m_hasDocument = false;
-    QUrl m_fileURL;
-    QDateTime m_lastModified;
     QString m_sizeText;
     QString m_modifiedText;
 };

@@ -189,8 +189,9 @@ void WorkspaceStore::updateDocumentContent(const QString &newContent)
         return;
     EditorDocument document = *m_currentDocument;
     document.content = newContent;
+    const bool wasDirty = document.isDirty;
     document.isDirty = true;
-    setCurrentDocument(document);
+    setCurrentDocument(document, wasDirty ? Text : Text | Modified);
     if (!m_draftTimer.isActive())
         m_draftTimer.start();
 }
@@ -210,7 +211,7 @@ void WorkspaceStore::updateHeadings(const QList<HeadingItem> &headings)
         return;
     EditorDocument document = *m_currentDocument;
     document.headings = headings;
-    setCurrentDocument(document);
+    setCurrentDocument(document, Headings);
 }
 
 void WorkspaceStore::saveCurrentDocument()
@@ -241,7 +242,7 @@ void WorkspaceStore::saveCurrentDocument()
     EditorDocument document = *m_currentDocument;
     document.isDirty = false;
     document.lastModified = QDateTime::currentDateTime();
-    setCurrentDocument(document);
+    setCurrentDocument(document, Modified);
     if (m_notice != NoNotice)
         setNotice(NoNotice);
 }
@@ -417,7 +418,7 @@ void WorkspaceStore::restoreDraft()
     document.content = *m_offeredDraft;
     document.isDirty = true;
     m_offeredDraft.reset();
-    setCurrentDocument(document);
+    setCurrentDocument(document, Text | Modified);
     setNotice(NoNotice);
     Q_EMIT documentTextReplaced();
 }
@@ -472,7 +473,7 @@ void WorkspaceStore::replaceDocumentText(const QString &text, const FileIdentity
     document.content = text;
     document.isDirty = false;
     document.lastModified = QDateTime::currentDateTime();
-    setCurrentDocument(document);
+    setCurrentDocument(document, Text | Modified);
     if (m_notice != NoNotice)
         setNotice(NoNotice);
     Q_EMIT documentTextReplaced();
@@ -645,10 +646,18 @@ void WorkspaceStore::setSelectedFileURL(const QUrl &url)
     Q_EMIT selectedFileURLChanged();
 }
 
-void WorkspaceStore::setCurrentDocument(const std::optional<EditorDocument> &document)
+void WorkspaceStore::setCurrentDocument(const std::optional<EditorDocument> &document, int changed)
 {
     m_currentDocument = document;
     Q_EMIT currentDocumentChanged();
+    if ((changed & Replaced) == Replaced)
+        Q_EMIT documentReplaced();
+    if (changed & Text)
+        Q_EMIT documentTextChanged();
+    if (changed & Headings)
+        Q_EMIT documentHeadingsChanged();
+    if (changed & Modified)
+        Q_EMIT documentModifiedChanged();
 }
 
 void WorkspaceStore::setRecentFolderPaths(const QStringList &paths)

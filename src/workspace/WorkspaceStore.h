@@ -193,6 +193,13 @@ Q_SIGNALS:
     void noticeChanged();
     // The open document's file was changed, replaced or removed by another program.
     void documentFileChanged();
+    // What changed in the open document, announced after currentDocumentChanged so that a view
+    // does only its own work: another document (or none) took its place (then the three others
+    // follow too), its text, its headings, its modified flag and save time.
+    void documentReplaced();
+    void documentTextChanged();
+    void documentHeadingsChanged();
+    void documentModifiedChanged();
 
     // The two request channels towards the editor page.
     void headingScrollRequest(const QString &headingId);
@@ -209,7 +216,8 @@ private:
     void setRootURL(const QUrl &url);
     void setRootItem(const std::optional<FileItem> &item);
     void setSelectedFileURL(const QUrl &url);
-    void setCurrentDocument(const std::optional<EditorDocument> &document);
+    enum DocumentPart { Text = 1, Headings = 2, Modified = 4, Replaced = 8 | 1 | 2 | 4 };
+    void setCurrentDocument(const std::optional<EditorDocument> &document, int changed = Replaced);
     void setRecentFolderPaths(const QStringList &paths);
     void setSearchQuery(const QString &query);
     void setSearchResults(const QList<FileSearchResults> &results);

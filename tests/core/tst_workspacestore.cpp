@@ -57,6 +57,31 @@ private Q_SLOTS:
         m_settingsPath = m_scratch.filePath(u"settings-%1.ini"_s.arg(++m_settingsCount));
     }
 
+    // Each change of the open document says what changed, so a view does only its own work.
+    void documentChangesAreAnnouncedByPart()
+    {
+        const QString root = folder({u"a.md"_s, u"b.md"_s});
+        auto store = launch();
+        store->openFolder(QUrl::fromLocalFile(root));
+        QSignalSpy replaced(store.get(), &WorkspaceStore::documentReplaced);
+        QSignalSpy text(store.get(), &WorkspaceStore::documentTextChanged);
+        QSignalSpy headings(store.get(), &WorkspaceStore::documentHeadingsChanged);
+        QSignalSpy modified(store.get(), &WorkspaceStore::documentModifiedChanged);
+        const auto counts = [&] {
+            return QList<qsizetype> {replaced.count(), text.count(), headings.count(),
+                                     modified.count()};
+        };
+        store->updateDocumentContent(u"one"_s);
+        store->updateDocumentContent(u"two"_s);
+        QCOMPARE(counts(), (QList<qsizetype> {0, 2, 0, 1}));
+        store->updateHeadings({{u"h"_s, 1, u"H"_s}});
+        QCOMPARE(counts(), (QList<qsizetype> {0, 2, 1, 1}));
+        store->saveCurrentDocument();
+        QCOMPARE(counts(), (QList<qsizetype> {0, 2, 1, 2}));
+        store->openFile(QUrl::fromLocalFile(root + u"/b.md"_s));
+        QCOMPARE(counts(), (QList<qsizetype> {1, 3, 2, 3}));
+    }
+
     void startsEmpty()
     {
         auto store = launch();

@@ -226,10 +226,14 @@ private Q_SLOTS:
         QCOMPARE(reset.count(), 1);
         QCOMPARE(column(model, OutlineModel::TagRole), (QStringList {u"H1"_s, u"H3"_s}));
         QCOMPARE(column(model, OutlineModel::IndentationRole), (QStringList {u""_s, u"    "_s}));
-        // The page reports the same outline after every edit: no reset for it.
-        store->updateHeadings(headings);
+        // Typing neither resets the list nor reads the file's facts again.
+        QSignalSpy facts(&model, &OutlineModel::documentChanged);
         store->updateDocumentContent(u"# Intro\n"_s);
+        store->updateDocumentContent(u"# Intro\nmore\n"_s);
         QCOMPARE(reset.count(), 1);
+        QCOMPARE(facts.count(), 1); // the first edit: the document becomes modified
+        store->saveCurrentDocument();
+        QCOMPARE(facts.count(), 2); // its save time
 
         QSignalSpy requests(store.get(), &WorkspaceStore::headingScrollRequest);
         model.scrollTo(1);
