@@ -28,7 +28,6 @@ public:
     static QString defaultFolder();
     static constexpr std::chrono::hours maxAge {24 * 30};
 
-    const QString &folder() const { return m_folder; }
     // Where the draft of `documentPath` lives.
     QString draftPath(const QString &documentPath) const;
 
