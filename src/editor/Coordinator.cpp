@@ -126,6 +126,8 @@ void Coordinator::update()
     if (!document || document->fileURL == m_currentLoadedURL)
         return;
     m_currentLoadedURL = document->fileURL;
+    if (!m_pageLoaded)
+        return;
     m_isInternalUpdate = true;
     Q_EMIT scriptRequested(
         EditorScripts::contentCall(document->content, FileUrl::path(document->fileURL)), true);
@@ -135,7 +137,7 @@ void Coordinator::documentTextReplaced()
 {
     const std::optional<EditorDocument> &document = m_store->currentDocument();
     // A page holding another file gets the whole document from the update step instead.
-    if (!m_parentIsDark || !document || document->fileURL != m_currentLoadedURL)
+    if (!m_pageLoaded || !document || document->fileURL != m_currentLoadedURL)
         return;
     m_isInternalUpdate = true;
     Q_EMIT scriptRequested(EditorScripts::replaceCall(document->content), true);
@@ -146,6 +148,7 @@ void Coordinator::navigationFinished()
     // The appearance the view was made with, not the current one: a change since then was
     // already recorded by the update step, which sends no second theme call.
     const bool dark = m_parentIsDark.value_or(m_isDark);
+    m_pageLoaded = true;
     const std::optional<EditorDocument> &document
         = m_store ? m_store->currentDocument() : std::nullopt;
     if (!document) {

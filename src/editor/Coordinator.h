@@ -96,5 +96,9 @@ private:
     QUrl m_currentLoadedURL;
     std::optional<bool> m_lastColorScheme;
     bool m_isInternalUpdate = false;
+    // Until the page has loaded, a document's text is not sent: the page could not take it yet,
+    // and the start call carries it. Evaluating megabytes of text in a loading page held the
+    // page back by half a second.
+    bool m_pageLoaded = false;
     mutable std::optional<QUrl> m_pageUrl;
 };

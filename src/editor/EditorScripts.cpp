@@ -4,16 +4,30 @@ using namespace Qt::StringLiterals;
 
 namespace EditorScripts {
 
+// One pass over the text: documents run to megabytes, and four replace passes cost a quarter of
+// a second on a 10 MB one.
 QString templateLiteral(const QString &text)
 {
-    QString encoded = text;
-    encoded.replace(u"\\"_s, u"\\\\"_s);
-    encoded.replace(u"`"_s, u"\\`"_s);
-    encoded.replace(u"$"_s, u"\\$"_s);
-    // A template literal turns a raw CR LF or CR into LF: a CRLF document would reach the page,
-    // and come back to the disk, with its line ends changed. Written as an escape, CR stays.
-    encoded.replace(u"\r"_s, u"\\r"_s);
-    return u'`' + encoded + u'`';
+    QString encoded;
+    encoded.reserve(text.size() + text.size() / 16 + 2);
+    encoded += u'`';
+    const QChar *run = text.constData();
+    const QChar *const end = run + text.size();
+    for (const QChar *c = run; c != end; ++c) {
+        const char16_t unit = c->unicode();
+        // A template literal turns a raw CR LF or CR into LF: a CRLF document would reach the
+        // page, and come back to the disk, with its line ends changed. Written as an escape, CR
+        // stays.
+        if (unit != u'\\' && unit != u'`' && unit != u'$' && unit != u'\r')
+            continue;
+        encoded.append(run, c - run);
+        encoded += u'\\';
+        encoded += unit == u'\r' ? QChar(u'r') : *c;
+        run = c + 1;
+    }
+    encoded.append(run, end - run);
+    encoded += u'`';
+    return encoded;
 }
 
 QString quoted(const QString &text)

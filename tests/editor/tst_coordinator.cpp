@@ -85,13 +85,21 @@ private Q_SLOTS:
         store->openFolder(QUrl::fromLocalFile(root), QUrl::fromLocalFile(root + u"/a.md"_s));
         Recorder calls;
         auto coordinator = makeCoordinator(store.get(), false, calls);
-        // Made with a document open: the theme, then the document, with a completion.
+        // Made with a document open, before the page has loaded: the theme only; the start call
+        // carries the document.
         QCOMPARE(calls.scripts,
-                 (QStringList {u"window.Pagewell && window.Pagewell.setTheme('light');"_s,
-                               u"window.Pagewell && window.Pagewell.setContent(`tick \\` back "
-                               u"\\\\ dollar \\${x}\n`, '"_s
-                                   + root + u"/a.md');"_s}));
-        QCOMPARE(calls.completions, (QList<bool> {false, true}));
+                 QStringList {u"window.Pagewell && window.Pagewell.setTheme('light');"_s});
+        QVERIFY(!coordinator->isInternalUpdate());
+        coordinator->navigationFinished();
+        QCOMPARE(calls.scripts.size(), 2);
+        // Once it has: the document, with a completion.
+        store->openFile(QUrl::fromLocalFile(root + u"/l'équipe.md"_s));
+        store->openFile(QUrl::fromLocalFile(root + u"/a.md"_s));
+        QCOMPARE(calls.scripts.at(3),
+                 u"window.Pagewell && window.Pagewell.setContent(`tick \\` back "
+                 u"\\\\ dollar \\${x}\n`, '"_s
+                     + root + u"/a.md');"_s);
+        QCOMPARE(calls.completions, (QList<bool> {false, false, true, true}));
         QVERIFY(coordinator->isInternalUpdate());
         coordinator->contentCallFinished();
         QVERIFY(!coordinator->isInternalUpdate());
@@ -155,6 +163,9 @@ private Q_SLOTS:
         store->openFolder(QUrl::fromLocalFile(root));
         Recorder calls;
         auto coordinator = makeCoordinator(store.get(), false, calls);
+        coordinator->navigationFinished();
+        store->openFile(QUrl::fromLocalFile(root + u"/b.md"_s));
+        store->openFile(QUrl::fromLocalFile(root + u"/a.md"_s));
         QVERIFY(coordinator->isInternalUpdate());
 
         // The echo of the content call is dropped; handling waits for the event loop, and the

@@ -1,7 +1,8 @@
 // The Markdown editor: CodeMirror set up for documents, and the five calls the host makes.
-import { EditorSelection, EditorState, Compartment } from "@codemirror/state";
+import { EditorSelection, EditorState, Compartment, Facet } from "@codemirror/state";
 import {
   EditorView,
+  ViewPlugin,
   keymap,
   drawSelection,
   dropCursor,
@@ -10,7 +11,7 @@ import {
   crosshairCursor,
 } from "@codemirror/view";
 import { defaultKeymap, history, historyKeymap, indentWithTab, isolateHistory } from "@codemirror/commands";
-import { bracketMatching, indentOnInput } from "@codemirror/language";
+import { bracketMatching, ensureSyntaxTree, indentOnInput } from "@codemirror/language";
 import { closeBrackets, closeBracketsKeymap } from "@codemirror/autocomplete";
 import { search, searchKeymap } from "@codemirror/search";
 import { markdown, markdownLanguage } from "@codemirror/lang-markdown";
@@ -21,7 +22,7 @@ import { blockStyles } from "./blockStyles.js";
 import { frontMatter } from "./frontMatter.js";
 import { frenchPhrases } from "./phrases.js";
 import { wrapSelectionInMarkers } from "./emphasis.js";
-import { HeadingIndex, withIds } from "./headings.js";
+import { completeOutline, outlineComplete, outlineField, outlineParser, withIds } from "./outline.js";
 import { detectLineSeparator, normalizeLineBreaks, splitByteOrderMark } from "./lineBreaks.js";
 import { lineChange } from "./lineChange.js";
 
@@ -54,17 +55,46 @@ const pastedLineBreaks = EditorState.transactionFilter.of((tr) => {
   };
 });
 
+// What the page knows of the document beside its text: whether its bytes start with a
+// byte-order mark, and its path.
+const documentFacts = Facet.define({
+  combine: (values) => values[0] ?? { bom: false, path: "" },
+});
+
+// Posts the outline: once for each loaded text, as far as it is parsed, then whenever a heading
+// is added, removed or changed, once the outline holds the whole document.
+const outlinePoster = (post) =>
+  ViewPlugin.fromClass(
+    class {
+      constructor(view) {
+        post(outlineMessage(view.state));
+        this.waiting = false;
+      }
+
+      update(update) {
+        const outline = update.state.field(outlineField);
+        if (outline !== update.startState.field(outlineField) && outline.changed) this.waiting = true;
+        if (this.waiting && outlineComplete(update.state)) {
+          this.waiting = false;
+          post(outlineMessage(update.state));
+        }
+      }
+    },
+  );
+
+function outlineMessage(state) {
+  const headings = withIds(state.field(outlineField).headings).map(({ id, level, text }) => ({ id, level, text }));
+  return { type: "headingsUpdated", headings };
+}
+
 export function createEditor(parent, { post }) {
   const theme = new Compartment();
   let themeName = "light";
   let view = null;
-  let bom = false;
-  let filePath = "";
-  let index = null;
-  let indexTimer = 0;
   let contentTimer = 0;
 
   function currentText() {
+    const bom = view.state.facet(documentFacts).bom;
     return (bom ? "\ufeff" : "") + view.state.sliceDoc(); // joined with the document's own line breaks
   }
 
@@ -73,38 +103,16 @@ export function createEditor(parent, { post }) {
   function sendContent() {
     clearTimeout(contentTimer);
     contentTimer = 0;
-    post({ type: "contentChanged", markdown: currentText(), path: filePath });
-  }
-
-  function sendHeadings() {
-    const headings = withIds(index.headings).map(({ id, level, text }) => ({ id, level, text }));
-    post({ type: "headingsUpdated", headings });
-  }
-
-  // Each loaded text gets its outline posted once. A large one is outlined just after it shows,
-  // so that it is on screen at once; typing before then is caught up by the full scan.
-  function rebuildIndex() {
-    clearTimeout(indexTimer);
-    index = null;
-    const build = () => {
-      index = new HeadingIndex(view.state.doc);
-      sendHeadings();
-    };
-    if (view.state.doc.length < LARGE_DOCUMENT) build();
-    else indexTimer = setTimeout(build, 0);
+    post({ type: "contentChanged", markdown: currentText(), path: view.state.facet(documentFacts).path });
   }
 
   function onUpdate(update) {
     if (!update.docChanged) return;
-    const outlineChanged = index
-      ? index.update(update.startState.doc, update.state.doc, update.changes)
-      : false;
     if (update.state.doc.length < LARGE_DOCUMENT) {
       sendContent();
     } else if (!contentTimer) {
       contentTimer = setTimeout(sendContent, 300);
     }
-    if (outlineChanged) sendHeadings();
   }
 
   function save() {
@@ -145,43 +153,67 @@ export function createEditor(parent, { post }) {
     pastedLineBreaks,
     theme.of(appearance(themeName)),
     EditorView.updateListener.of(onUpdate),
+    outlineField,
+    outlineParser,
+    outlinePoster(post),
   ];
 
-  function makeState(markdownText) {
+  // A text below the large size is parsed whole before it shows, so its first outline is whole;
+  // a larger one shows at once and is parsed in idle time.
+  function makeState(markdownText, path) {
     const split = splitByteOrderMark(markdownText);
-    bom = split.bom;
-    return EditorState.create({
+    const state = EditorState.create({
       doc: split.text,
-      extensions: [extensions(), EditorState.lineSeparator.of(detectLineSeparator(split.text))],
+      extensions: [
+        extensions(),
+        EditorState.lineSeparator.of(detectLineSeparator(split.text)),
+        documentFacts.of({ bom: split.bom, path }),
+      ],
     });
+    if (state.doc.length >= LARGE_DOCUMENT || !ensureSyntaxTree(state, state.doc.length, 1e9)) return state;
+    return state.update({}).state;
   }
 
   // A new document: its text, a fresh undo history, the top of the text in view. Typing not yet
   // sent goes first, for the document it was typed in.
   function load(markdownText, path) {
     if (contentTimer) sendContent();
-    filePath = path;
-    const state = makeState(markdownText);
+    const state = makeState(markdownText, path);
     if (view) {
       view.setState(state);
     } else {
       view = new EditorView({ state, parent });
     }
     view.scrollDOM.scrollTop = 0;
-    rebuildIndex();
+  }
+
+  const currentPath = () => (view ? view.state.facet(documentFacts).path : "");
+
+  // The host starts the page with init(text) and, when a document is open, setContent(text, path)
+  // right after in the same script: the text given to init is shown only if no document follows
+  // in that task, so a large document is not loaded twice.
+  let initText = null;
+  function showInitText() {
+    if (initText === null) return;
+    const text = initText;
+    initText = null;
+    load(text, currentPath());
   }
 
   return {
     init(markdownText, isDark) {
       themeName = isDark ? "dark" : "light";
-      load(String(markdownText ?? ""), filePath);
+      initText = String(markdownText ?? "");
+      queueMicrotask(showInitText);
     },
 
     setContent(markdownText, path) {
+      initText = null;
       load(String(markdownText ?? ""), String(path ?? ""));
     },
 
     setTheme(name) {
+      showInitText();
       themeName = name === "dark" ? "dark" : "light";
       if (view) view.dispatch({ effects: theme.reconfigure(appearance(themeName)) });
     },
@@ -190,13 +222,14 @@ export function createEditor(parent, { post }) {
     // lines that differ are replaced, in one change undo can take back, so the view stays where
     // it was wherever the text allows.
     replaceContent(markdownText) {
+      showInitText();
       if (!view) return;
       const split = splitByteOrderMark(String(markdownText ?? ""));
       clearTimeout(contentTimer);
       contentTimer = 0;
-      if (split.bom !== bom || detectLineSeparator(split.text) !== view.state.lineBreak) {
+      if (split.bom !== view.state.facet(documentFacts).bom || detectLineSeparator(split.text) !== view.state.lineBreak) {
         const top = view.scrollDOM.scrollTop;
-        load(String(markdownText ?? ""), filePath);
+        load(String(markdownText ?? ""), currentPath());
         view.scrollDOM.scrollTop = top;
         return;
       }
@@ -211,15 +244,18 @@ export function createEditor(parent, { post }) {
 
     // The keyboard to the text, as a click would give it.
     focus() {
+      showInitText();
       if (view) view.focus();
     },
 
     // A save asked for outside the page: the text first, then the request, in one order.
     requestSave() {
+      showInitText();
       return view ? save() : false;
     },
 
     insertText(text) {
+      showInitText();
       if (!view) return;
       const insert = normalizeLineBreaks(String(text ?? ""), view.state.lineBreak);
       view.dispatch(view.state.replaceSelection(insert), { scrollIntoView: true, userEvent: "input.paste" });
@@ -227,15 +263,16 @@ export function createEditor(parent, { post }) {
     },
 
     scrollToHeading(id) {
+      showInitText();
       if (!view) return;
-      if (!index) {
-        clearTimeout(indexTimer);
-        index = new HeadingIndex(view.state.doc);
-        sendHeadings();
+      const find = () => withIds(view.state.field(outlineField).headings).find((h) => h.id === id);
+      let heading = find();
+      if (!heading && !outlineComplete(view.state)) {
+        completeOutline(view);
+        heading = find();
       }
-      const heading = withIds(index.headings).find((h) => h.id === id);
-      if (!heading || heading.line > view.state.doc.lines) return;
-      const from = view.state.doc.line(heading.line).from;
+      if (!heading) return;
+      const from = view.state.doc.lineAt(heading.from).from;
       view.dispatch({
         selection: EditorSelection.cursor(from),
         effects: EditorView.scrollIntoView(from, { y: "start", yMargin: 16 }),
@@ -244,6 +281,7 @@ export function createEditor(parent, { post }) {
     },
 
     get view() {
+      showInitText();
       return view;
     },
   };

@@ -1,7 +1,10 @@
 // Front matter ("---" first line, closed by "---" or "..."), parsed as a block of its own so that
 // it is shown as metadata rather than as a rule and a Setext heading.
 import { tags } from "@lezer/highlight";
-import { FRONT_MATTER_CLOSE as CLOSE, FRONT_MATTER_MAX_LINES, FRONT_MATTER_OPEN as OPEN } from "./headings.js";
+
+const OPEN = /^---[ \t]*$/;
+const CLOSE = /^(?:---|\.\.\.)[ \t]*$/;
+const FRONT_MATTER_MAX_LINES = 1000; // the closing line comes within these
 
 export const frontMatter = {
   defineNodes: [{ name: "FrontMatter", block: true, style: tags.meta }],

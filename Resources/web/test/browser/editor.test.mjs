@@ -52,6 +52,44 @@ test("loading text posts the outline once, never the text", async () => {
   });
 });
 
+test("a large document shows at once and its whole outline follows from the idle parse", async () => {
+  await withEditor(async ({ page, messages }) => {
+    const sections = await page.evaluate(() => {
+      const parts = [];
+      for (let i = 0; i < 6000; i++) parts.push(`## Partie ${i}\n\n- # Dans la liste ${i}\n- Puis\n  ---\n  texte ordinaire de la partie.\n`);
+      window.Pagewell.setContent(parts.join("\n"), "/w/grand.md");
+      return parts.length;
+    });
+    const first = (await messages()).filter((m) => m.type === "headingsUpdated");
+    assert.equal(first.length, 1);
+    assert.ok(first[0].headings.length < sections * 3, "the first outline covers what is parsed");
+    // Edits while the idle parse runs: it carries on from where it got to, in the new text.
+    await page.evaluate(async () => {
+      const view = window.__pagewellEditor.view;
+      for (const [where, text] of [[0, "# Nouveau début\n\n"], [0.5, "\n\n### Au milieu\n\n"], [0.2, "\n\n```\n# du code\n```\n"]]) {
+        await new Promise((done) => setTimeout(done, 60));
+        const at = view.state.doc.lineAt(Math.floor(view.state.doc.length * where)).from;
+        view.dispatch({ changes: { from: at, insert: text } });
+      }
+    });
+    const expected = sections * 3 + 2;
+    await page.waitForFunction(
+      (n) => window.__pagewellTest.messages.filter((m) => m.type === "headingsUpdated").at(-1).headings.length === n,
+      expected,
+      { timeout: 20000 },
+    );
+    const whole = (await messages()).filter((m) => m.type === "headingsUpdated").at(-1).headings;
+    assert.equal(whole[0].text, "Nouveau début");
+    assert.equal(whole.filter((h) => h.text === "Au milieu").length, 1);
+    assert.equal(whole.filter((h) => h.text === "du code").length, 0);
+    assert.deepEqual(whole.slice(-3), [
+      { id: "partie-5999", level: 2, text: "Partie 5999" },
+      { id: "dans-la-liste-5999", level: 1, text: "Dans la liste 5999" },
+      { id: "puis-5999", level: 2, text: "Puis" },
+    ]);
+  });
+});
+
 test("front matter is shown as metadata and left out of the outline", async () => {
   await withEditor(async ({ page, messages }) => {
     await page.evaluate(() => window.Pagewell.setContent("---\ntitle: Guide\n---\n# Guide\n", "/w/a.md"));

@@ -1,0 +1,123 @@
+import { test } from "node:test";
+import assert from "node:assert/strict";
+import { EditorState } from "@codemirror/state";
+import { DocInput, ensureSyntaxTree, language, syntaxTree } from "@codemirror/language";
+import { markdown, markdownLanguage } from "@codemirror/lang-markdown";
+import { frontMatter } from "../../src/frontMatter.js";
+import { blocksOnly, fromTree, headingText, outlineField, slugify, withIds } from "../../src/outline.js";
+
+const markdownSupport = markdown({ base: markdownLanguage, extensions: [frontMatter] });
+const stateOf = (text) => EditorState.create({ doc: text, extensions: [markdownSupport, outlineField] });
+// The state once the whole text is parsed, as the page's idle parse leaves it.
+function parsed(state) {
+  ensureSyntaxTree(state, state.doc.length, 1e9);
+  return state.update({}).state;
+}
+const lineOf = (state, h) => state.doc.lineAt(h.from).number;
+const outline = (text) => {
+  const state = parsed(stateOf(text));
+  return state.field(outlineField).headings.map((h) => `${lineOf(state, h)}:${h.level}:${h.text}`);
+};
+
+test("the outline lists what the editor styles as headings, with the reader's text", () => {
+  assert.deepEqual(
+    outline(["# Un", "texte", "", "Deux", "====", "", "Trois *bis*", "et suite", "---", "   ### Quatre ###", "#### Cinq #", "##### Six#", "###### Sept", "####### pas", "#pas", "#"].join("\n")),
+    ["1:1:Un", "4:1:Deux", "7:2:Trois bis et suite", "10:3:Quatre", "11:4:Cinq", "12:5:Six#", "13:6:Sept", "16:1:"],
+  );
+  // A heading in a list item, and a Setext one under a later item.
+  assert.deepEqual(outline("- # Foo\n- Bar\n  ---\n  baz"), ["1:1:Foo", "2:2:Bar"]);
+  assert.deepEqual(outline("> cité\n> sur deux lignes\n> ---\n"), ["1:2:cité sur deux lignes"]);
+  const hidden = ["---", "title: Réglages", "---", "```md", "# dans un bloc de code", "```", "    # indenté", "<!--", "# commentaire", "-->", "", "# Vrai titre"];
+  assert.deepEqual(outline(hidden.join("\n")), ["12:1:Vrai titre"]);
+  // Without a closing line there is no front matter: a rule, then a Setext heading.
+  assert.deepEqual(outline("---\ntitle\n===\n"), ["2:1:title"]);
+  assert.deepEqual(outline("# A\r\n```\r\n# B\r\n"), ["1:1:A"]);
+});
+
+test("heading text drops the markup a reader does not see", () => {
+  assert.equal(headingText("**Gras** et _italique_ et ~~barré~~"), "Gras et italique et barré");
+  assert.equal(headingText("Le `code_avec_tirets` et snake_case_name"), "Le code_avec_tirets et snake_case_name");
+  assert.equal(headingText("[Lien](http://x.org \"t\") et ![image](a.png)"), "Lien et image");
+  assert.equal(headingText("Échappé \\*pas gras\\* &amp; &#233;t&eacute; &unknown; <b>html</b>"), "Échappé *pas gras* & été &unknown; html");
+  assert.equal(headingText("2 * 3 * 4"), "2 * 3 * 4");
+});
+
+test("ids are readable, unique, and stable when other text changes", () => {
+  assert.equal(slugify("Guide d'installation"), "guide-dinstallation");
+  assert.equal(slugify("Étapes à suivre !"), "étapes-à-suivre");
+  assert.equal(slugify("***"), "section");
+  const ids = withIds(["Intro", "Intro", "Intro 1", "Intro", ""].map((text) => ({ text, level: 2, from: 0 }))).map((h) => h.id);
+  assert.deepEqual(ids, ["intro", "intro-1", "intro-1-1", "intro-2", "section"]);
+  const idsOf = (text) => withIds(parsed(stateOf(text)).field(outlineField).headings).map((h) => h.id);
+  assert.deepEqual(idsOf("# A\nautre texte\nen plus\n\n## B\n## B"), idsOf("# A\ntexte\n## B\n## B"));
+});
+
+function randomSource(seed) {
+  return (n) => {
+    // mulberry32: small, and good in every bit
+    seed = (seed + 0x6d2b79f5) | 0;
+    let t = Math.imul(seed ^ (seed >>> 15), 1 | seed);
+    t = (t + Math.imul(t ^ (t >>> 7), 61 | t)) ^ t;
+    return ((((t ^ (t >>> 14)) >>> 0) / 4294967296) * n) | 0;
+  };
+}
+
+// Random edits on a document with every kind of block: the outline, updated edit by edit, must be
+// the one read from the whole tree of the result, heading for heading and position for position.
+test("the outline kept across edits is the one read afresh", () => {
+  const common = ["# T", "## Deux", "texte", "", "", "===", "---", "    code", "> # cité", "- item", "  - # sous", "Titre", "***", "para\nsuite"];
+  const rare = ["```", "~~~", "<!--", "-->", "<div>"];
+  for (let seed = 1; seed <= 3; seed++) {
+    const random = randomSource(seed);
+    const piece = () => (random(150) === 0 ? rare[random(rare.length)] : common[random(common.length)]);
+    const lines = [];
+    for (let i = 0; i < 2000; i++) lines.push(piece());
+    let state = parsed(stateOf(["---", "a: 1", "---", ...lines].join("\n")));
+    let most = 0;
+    let changed = 0;
+    for (let round = 0; round < 150; round++) {
+      const from = random(state.doc.length + 1);
+      const to = Math.min(state.doc.length, from + (random(8) === 0 ? random(300) : random(12)));
+      const insert = random(4) === 0 ? "" : piece() + (random(3) ? "\n" : "");
+      const previous = state.field(outlineField);
+      const before = previous.headings;
+      state = state.update({ changes: { from, to, insert } }).state;
+      const kept = state.field(outlineField);
+      const fresh = parsed(stateOf(state.doc.toString())).field(outlineField);
+      assert.deepEqual(kept.headings, fresh.headings, `seed ${seed}, round ${round}`);
+      // The idle parse reads blocks only; it must find the same headings.
+      if (round % 10 === 0) {
+        const tree = blocksOnly(state.facet(language).parser).parse(new DocInput(state.doc));
+        assert.deepEqual(fromTree(state.doc, tree).headings, fresh.headings, `seed ${seed}, round ${round}: blocks only`);
+      }
+      const differs = before.length !== kept.headings.length || before.some((h, i) => h.text !== kept.headings[i].text || h.level !== kept.headings[i].level);
+      // A new value says whether it differs; an unchanged document keeps the old value.
+      assert.equal(kept !== previous && kept.changed, differs, `seed ${seed}, round ${round}: changed flag`);
+      if (differs) changed++;
+      most = Math.max(most, kept.headings.length);
+    }
+    assert.ok(most > 40 && changed > 10, `${most} headings at most, ${changed} changes`);
+  }
+});
+
+test("a large document's outline grows with the parse and is whole once it ends", () => {
+  const sections = Array.from({ length: 20000 }, (_, i) => `## Section ${i}\n\nUn paragraphe de texte ordinaire.\n`);
+  let state = stateOf(sections.join("\n"));
+  const first = state.field(outlineField);
+  assert.ok(first.covered < state.doc.length && first.headings.length < 20000);
+  // An edit before the parse ends keeps what was read, and the parse carries on from there.
+  state = state.update({ changes: { from: 0, insert: "# Début\n" } }).state;
+  assert.equal(state.field(outlineField).headings[0].text, "Début");
+  state = parsed(state);
+  const whole = state.field(outlineField);
+  assert.equal(whole.covered, state.doc.length);
+  assert.equal(whole.headings.length, 20001);
+  assert.equal(whole.headings.at(-1).text, "Section 19999");
+  assert.equal(syntaxTree(state).length, state.doc.length);
+  // Typing in ordinary text leaves the outline as it was, the same heading objects before it.
+  const at = state.doc.line(Math.floor(state.doc.lines / 2)).to;
+  const typed = state.update({ changes: { from: at, insert: "x" } }).state.field(outlineField);
+  assert.equal(typed.changed, false);
+  assert.equal(typed.headings[5], whole.headings[5]);
+  assert.equal(typed.headings.length, 20001);
+});
