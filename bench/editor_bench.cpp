@@ -31,6 +31,7 @@
 #include <vector>
 
 Q_IMPORT_QML_PLUGIN(PagewellPlugin)
+Q_IMPORT_QML_PLUGIN(Pagewell_EditorPlugin)
 
 using namespace Qt::StringLiterals;
 

@@ -19,6 +19,7 @@
 #include <unistd.h>
 
 Q_IMPORT_QML_PLUGIN(PagewellPlugin)
+Q_IMPORT_QML_PLUGIN(Pagewell_EditorPlugin)
 
 using namespace Qt::StringLiterals;
 

@@ -1,9 +1,9 @@
 #include "Coordinator.h"
 
 #include "EditorScripts.h"
-#include "StoreBinding.h"
 #include "model/FileUrl.h"
 #include "model/HeadingItem.h"
+#include "workspace/StoreBinding.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,8 +1,8 @@
 #include "EditorHeaderModel.h"
 
-#include "StoreBinding.h"
 #include "model/DocumentStatistics.h"
 #include "model/FileUrl.h"
+#include "workspace/StoreBinding.h"
 
 using namespace Qt::StringLiterals;
 

@@ -1,7 +1,7 @@
 #include "FolderTreeModel.h"
 
-#include "StoreBinding.h"
 #include "model/FileUrl.h"
+#include "workspace/StoreBinding.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "OutlineModel.h"
 
-#include "StoreBinding.h"
+#include "workspace/StoreBinding.h"
 
 #include <QLocale>
 #include <QRegularExpression>

@@ -1,6 +1,6 @@
 #include "SearchResultsModel.h"
 
-#include "StoreBinding.h"
+#include "workspace/StoreBinding.h"
 
 #include <algorithm>
 

@@ -12,6 +12,7 @@
 #include <QtWebEngineQuick>
 
 Q_IMPORT_QML_PLUGIN(PagewellPlugin)
+Q_IMPORT_QML_PLUGIN(Pagewell_EditorPlugin)
 
 using namespace Qt::StringLiterals;
 

@@ -68,15 +68,16 @@ private Q_SLOTS:
                  "window.Pagewell.setTheme('light');"
                  "window.Pagewell.insertText('! ');"
                  "window.Pagewell.scrollToHeading('titre'); true"_s);
+        // The text given to init is not shown when a document follows in the same script; the
+        // typed text goes before the outline it changed ("# Titre" is no heading now).
         QCOMPARE(
             evaluate(page, u"window.__pagewellTest.posted.map(m => m.type).join()"_s).toString(),
-            u"headingsUpdated,headingsUpdated,contentChanged,headingsUpdated"_s); // "# Titre" is no
-                                                                                  // heading now
+            u"headingsUpdated,contentChanged,headingsUpdated"_s);
         const QString posted
-            = evaluate(page, u"window.__pagewellTest.posted[2].markdown"_s).toString();
+            = evaluate(page, u"window.__pagewellTest.posted[1].markdown"_s).toString();
         QVERIFY(posted.endsWith(u"! # Titre\r\n\r\nCafé `code`\r\nfin"_s));
         QVERIFY(
-            evaluate(page, u"window.__pagewellTest.posted[2].markdown.charCodeAt(0) === 0xFEFF"_s)
+            evaluate(page, u"window.__pagewellTest.posted[1].markdown.charCodeAt(0) === 0xFEFF"_s)
                 .toBool());
         // Code in a fence is highlighted once its language has loaded.
         evaluate(page,

@@ -61,27 +61,6 @@ const documentFacts = Facet.define({
   combine: (values) => values[0] ?? { bom: false, path: "" },
 });
 
-// Posts the outline: once for each loaded text, as far as it is parsed, then whenever a heading
-// is added, removed or changed, once the outline holds the whole document.
-const outlinePoster = (post) =>
-  ViewPlugin.fromClass(
-    class {
-      constructor(view) {
-        post(outlineMessage(view.state));
-        this.waiting = false;
-      }
-
-      update(update) {
-        const outline = update.state.field(outlineField);
-        if (outline !== update.startState.field(outlineField) && outline.changed) this.waiting = true;
-        if (this.waiting && outlineComplete(update.state)) {
-          this.waiting = false;
-          post(outlineMessage(update.state));
-        }
-      }
-    },
-  );
-
 function outlineMessage(state) {
   const headings = withIds(state.field(outlineField).headings).map(({ id, level, text }) => ({ id, level, text }));
   return { type: "headingsUpdated", headings };
@@ -93,27 +72,43 @@ export function createEditor(parent, { post }) {
   let view = null;
   let contentTimer = 0;
 
-  function currentText() {
-    const bom = view.state.facet(documentFacts).bom;
-    return (bom ? "\ufeff" : "") + view.state.sliceDoc(); // joined with the document's own line breaks
-  }
-
   // The text carries the path of its document: text still waiting when another document
   // arrives is sent for the document it belongs to.
-  function sendContent() {
+  function sendContent(state = view.state) {
     clearTimeout(contentTimer);
     contentTimer = 0;
-    post({ type: "contentChanged", markdown: currentText(), path: view.state.facet(documentFacts).path });
+    const { bom, path } = state.facet(documentFacts);
+    // sliceDoc joins the lines with the document's own line breaks.
+    post({ type: "contentChanged", markdown: (bom ? "\ufeff" : "") + state.sliceDoc(), path });
   }
 
-  function onUpdate(update) {
-    if (!update.docChanged) return;
-    if (update.state.doc.length < LARGE_DOCUMENT) {
-      sendContent();
-    } else if (!contentTimer) {
-      contentTimer = setTimeout(sendContent, 300);
-    }
-  }
+  // What the page posts as the document changes: its text, then its outline. The outline goes
+  // once for each loaded text, as far as it is parsed, then whenever a heading is added, removed
+  // or changed, once it holds the whole document.
+  const poster = ViewPlugin.fromClass(
+    class {
+      constructor(editorView) {
+        post(outlineMessage(editorView.state));
+        this.waiting = false;
+      }
+
+      update(update) {
+        if (update.docChanged) {
+          if (update.state.doc.length < LARGE_DOCUMENT) {
+            sendContent(update.state);
+          } else if (!contentTimer) {
+            contentTimer = setTimeout(sendContent, 300);
+          }
+        }
+        const outline = update.state.field(outlineField);
+        if (outline !== update.startState.field(outlineField) && outline.changed) this.waiting = true;
+        if (this.waiting && outlineComplete(update.state)) {
+          this.waiting = false;
+          post(outlineMessage(update.state));
+        }
+      }
+    },
+  );
 
   function save() {
     if (contentTimer) sendContent(); // the store must hold the text before it saves
@@ -152,10 +147,9 @@ export function createEditor(parent, { post }) {
     blockStyles,
     pastedLineBreaks,
     theme.of(appearance(themeName)),
-    EditorView.updateListener.of(onUpdate),
     outlineField,
     outlineParser,
-    outlinePoster(post),
+    poster,
   ];
 
   // A text below the large size is parsed whole before it shows, so its first outline is whole;
