@@ -115,23 +115,6 @@ private Q_SLOTS:
         QVERIFY(fifo.error->localizedDescription().endsWith(u"n'est pas un fichier ordinaire."));
     }
 
-    void errorCodesReadWell()
-    {
-        const QString path = u"/w/a.md"_s;
-        QVERIFY(
-            FileError::fromErrno(EACCES, path).localizedDescription().contains(u"autorisation"));
-        QVERIFY(
-            FileError::fromErrno(EROFS, path).localizedDescription().contains(u"lecture seule"));
-        QVERIFY(
-            FileError::fromErrno(ENOSPC, path).localizedDescription().contains(u"espace disque"));
-        QVERIFY(
-            FileError::fromErrno(ENOTDIR, path).localizedDescription().contains(u"pas un dossier"));
-        // An unusual error still names the item and carries the system's own text.
-        const QString other = FileError::fromErrno(EXDEV, path).localizedDescription();
-        QVERIFY(other.contains(u"a.md"));
-        QVERIFY(other.contains(qt_error_string(EXDEV)));
-    }
-
     void saveIntoVanishedFolderFailsCleanly()
     {
         QTemporaryDir dir;

@@ -61,20 +61,6 @@ private Q_SLOTS:
                  u"`a \\`b\\` c\\\\d \\${e} \\$f 'g' \"h\"\\r\nfin`"_s);
         QCOMPARE(EditorScripts::templateLiteral(u"a\rb\u2028c"_s), u"`a\\rb\u2028c`"_s);
         QCOMPARE(EditorScripts::quoted(u"l'étape\\x"_s), u"'l\\'étape\\\\x'"_s);
-        QCOMPARE(EditorScripts::startCall(false),
-                 u"window.Pagewell && window.Pagewell.init('', false);"_s);
-        QCOMPARE(EditorScripts::themeCall(true),
-                 u"window.Pagewell && window.Pagewell.setTheme('dark');"_s);
-        QCOMPARE(EditorScripts::insertCall(u"`x`"_s),
-                 u"window.Pagewell && window.Pagewell.insertText(`\\`x\\``);"_s);
-        QCOMPARE(EditorScripts::scrollCall(u"l'id"_s),
-                 u"window.Pagewell && window.Pagewell.scrollToHeading('l\\'id');"_s);
-        // A path without a quote or a backslash goes in as it is.
-        QCOMPARE(EditorScripts::contentCall(u"x"_s, u"/w/a b.md"_s),
-                 u"window.Pagewell && window.Pagewell.setContent(`x`, '/w/a b.md');"_s);
-        QCOMPARE(EditorScripts::startCall(u"# T"_s, u"/w/a.md"_s, true),
-                 u"window.Pagewell && (window.Pagewell.init(`# T`, true), "
-                 u"window.Pagewell.setContent(`# T`, '/w/a.md'));"_s);
     }
 
     void contentCallsFollowTheFileOnly()

@@ -254,40 +254,11 @@ private Q_SLOTS:
     // not. Each word is right-clicked in the page, as a person asking for suggestions would.
     void spellingKnowsEverydayProse()
     {
-        const QString french
-            = u"Le matin, nous prenons le train pour aller au travail. La ville se réveille "
-              u"doucement et les rues sont encore calmes. Mon voisin promène son chien dans le "
-              u"parc, "
-              u"comme chaque jour, puis il achète du pain et des croissants à la boulangerie du "
-              u"coin. "
-              u"Qui ne connaît pas cette odeur ? Au bureau, nous lisons les messages de la nuit, "
-              u"nous "
-              u"préparons la réunion et nous écrivons la documentation du projet. Il faut décrire "
-              u"chaque étape avec soin, car les nouveaux collègues doivent pouvoir installer les "
-              u"outils "
-              u"sans aide. Ou bien ils nous posent des questions, ce qui prend du temps. À midi, "
-              u"nous "
-              u"mangeons ensemble dans une petite salle où le soleil entre par la fenêtre. Après "
-              u"le "
-              u"repas, le travail reprend : il reste des erreurs à corriger, des pages à relire et "
-              u"des "
-              u"exemples à vérifier. Le soir, quand tout est enfin terminé, nous rentrons chez "
-              u"nous "
-              u"avec le sentiment du devoir accompli. Demain sera une autre journée, peut-être "
-              u"plus "
-              u"longue, mais nous aimons ce que nous faisons et nous le faisons bien. Les livres, "
-              u"la "
-              u"musique et les amis nous attendent pour le week-end."_s;
-        const QString english = u"Every morning the team reads the notes from the night before and "
-                                u"decides what to write next. The guide explains how to install "
-                                u"the tools, how to open "
-                                u"a folder and how to search every document for a word. Good "
-                                u"documentation saves time "
-                                u"for everyone who comes after us."_s;
+        // Everyday French and English prose, each with one misspelt word.
+        QFile prose(QStringLiteral(PAGEWELL_TEST_DATA "/prose.md"));
+        QVERIFY(prose.open(QIODevice::ReadOnly));
         const QString root = folder({u"prose.md"_s});
-        writeFile(
-            root + u"/prose.md"_s,
-            (french + u"\n\nUne maisonn.\n\n"_s + english + u"\n\nA documentt.\n"_s).toUtf8());
+        writeFile(root + u"/prose.md"_s, prose.readAll());
         store()->openFile(QUrl::fromLocalFile(root + u"/prose.md"_s));
         QTRY_VERIFY_WITH_TIMEOUT(pageText().startsWith(u"Le matin"_s), 10000);
         // The page as large as the view, and its text small enough that every word is drawn in

@@ -137,19 +137,6 @@ test("insertText replaces the selection and is reported once", async () => {
   });
 });
 
-test("a new document starts a new undo history", async () => {
-  await withEditor(async ({ page, messages, text }) => {
-    await page.evaluate(() => window.Pagewell.setContent("premier", "/w/a.md"));
-    await focusEnd(page);
-    await page.keyboard.type("!");
-    await page.evaluate(() => window.Pagewell.setContent("second", "/w/b.md"));
-    await page.click(".cm-content");
-    await page.keyboard.press("Control+z");
-    assert.equal(await text(), "second");
-    assert.equal(lastContent(await messages()), "premier!");
-  });
-});
-
 test("bytes survive an edit and its undo: BOM, CRLF, tabs, no final newline", async () => {
   const original = "\ufeff# Titre\r\n\r\n\tcode  \r\nligne mixte\nfin sans saut";
   await withEditor(async ({ page, messages }) => {
@@ -172,17 +159,6 @@ test("bytes survive an edit and its undo: BOM, CRLF, tabs, no final newline", as
       view.dispatch({ changes: { from: view.state.doc.length, insert: "\nc\nd" }, userEvent: "input.paste" });
     });
     assert.ok(lastContent(await messages()).endsWith("fin sans saut\r\nc\r\nd"));
-  });
-});
-
-test("Ctrl+S asks the host to save, with the text sent first", async () => {
-  await withEditor(async ({ page, messages, clearMessages }) => {
-    await page.evaluate(() => window.Pagewell.setContent("texte", "/w/a.md"));
-    await focusEnd(page);
-    await clearMessages();
-    await page.keyboard.type("!");
-    await page.keyboard.press("Control+s");
-    assert.deepEqual(types(await messages()), ["contentChanged", "saveRequested"]);
   });
 });
 
