@@ -250,5 +250,10 @@ void Coordinator::handleMessage(const QString &type, const QVariantMap &body)
         m_store->updateHeadings(items);
     } else if (type == u"saveRequested"_s) {
         m_store->saveCurrentDocument();
+    } else if (type == u"openLink"_s) {
+        const QVariant target = body.value(u"target"_s);
+        const QVariant path = body.value(u"path"_s);
+        if (target.typeId() == QMetaType::QString && path.typeId() == QMetaType::QString)
+            m_store->followLink(target.toString(), path.toString());
     }
 }

@@ -1,6 +1,7 @@
 #include "WorkspaceStore.h"
 
 #include "model/FileUrl.h"
+#include "services/LinkResolver.h"
 #include "services/TextFile.h"
 
 #include <QDateTime>
@@ -328,6 +329,25 @@ void WorkspaceStore::updateSearch(const QString &query)
         setSearching(false);
     });
     watcher->setFuture(future);
+}
+
+void WorkspaceStore::followLink(const QString &target, const QString &fromPath)
+{
+    if (!m_rootItem)
+        return;
+    const std::optional<LinkResolver::Target> found
+        = LinkResolver::resolve(target, fromPath, *m_rootItem);
+    if (!found) {
+        setAlertMessage(u"Le lien \u00AB\u00A0%1\u00A0\u00BB ne m\u00E8ne \u00E0 aucun document "
+                        "du dossier."_s.arg(target));
+        setShowAlert(true);
+        return;
+    }
+    openFile(QUrl::fromLocalFile(found->path));
+    // The page takes the new text before this request, so the heading is there to be found.
+    if (!found->fragment.isEmpty() && m_currentDocument
+        && FileUrl::path(m_currentDocument->fileURL) == found->path)
+        requestHeadingScroll(found->fragment);
 }
 
 void WorkspaceStore::requestHeadingScroll(const QString &headingId)

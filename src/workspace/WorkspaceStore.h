@@ -127,6 +127,10 @@ public:
     // Reads the file into a new, clean document and selects it. The file already open is kept
     // as it is, unsaved edits included.
     Q_INVOKABLE void openFile(const QUrl &url);
+    // Follows a link written in the document at `fromPath` (the target exactly as written): the
+    // document it leads to opens, and its heading is asked for; a link leading nowhere in the
+    // folder changes nothing and says so.
+    void followLink(const QString &target, const QString &fromPath);
     // The editor's whole text; a different text marks the document modified until it is saved.
     Q_INVOKABLE void updateDocumentContent(const QString &newContent);
     // The last text of the document that the open one replaced, arriving after the replacement:

@@ -1,6 +1,7 @@
 #include "TestFiles.h"
 #include "model/FileUrl.h"
 #include "services/FileSystemService.h"
+#include "services/LinkResolver.h"
 
 #include <QDir>
 #include <QFile>
@@ -305,6 +306,44 @@ private Q_SLOTS:
         QCOMPARE(::setrlimit(RLIMIT_NOFILE, &saved), 0);
         QVERIFY2(!error, error ? qPrintable(error->localizedDescription()) : "");
         QVERIFY(!QFileInfo::exists(QFile::decodeName(top)));
+    }
+
+    // Links between documents: paths in every written form, wiki names, and what leads nowhere.
+    void linksLeadToDocuments()
+    {
+        QTemporaryDir dir;
+        const QString r = dir.path();
+        make(r,
+             {u"fr/guide/install.md"_s, u"fr/guide/mes notes.md"_s, u"fr/index.md"_s,
+              u"en/guide/install.md"_s, u"en/Installation.markdown"_s, u"Installation.md"_s,
+              u"img.png"_s, u".hidden/secret.md"_s});
+        const FileItem root = FileSystemService().scanDirectory(QUrl::fromLocalFile(r));
+        const QString from = r + u"/fr/guide/install.md"_s;
+        const auto to = [&](const QString &target) {
+            const std::optional<LinkResolver::Target> found
+                = LinkResolver::resolve(target, from, root);
+            return found ? found->path.mid(r.size()) + u'#' + found->fragment : u"-"_s;
+        };
+        QCOMPARE(to(u"../index.md"_s), u"/fr/index.md#"_s);
+        QCOMPARE(to(u"../index#début"_s), u"/fr/index.md#début"_s);
+        QCOMPARE(to(u"mes%20notes.md#a%20b"_s), u"/fr/guide/mes notes.md#a b"_s);
+        QCOMPARE(to(u"<mes notes.md>"_s), u"/fr/guide/mes notes.md#"_s);
+        QCOMPARE(to(u"/en/guide/install.md"_s), u"/en/guide/install.md#"_s);
+        QCOMPARE(to(r + u"/fr/index.md?x=1"_s), u"/fr/index.md#"_s);
+        QCOMPARE(to(u"#linux"_s), u"/fr/guide/install.md#linux"_s);
+        // Wiki names: without case or extension, the nearest first, then the shortest path.
+        QCOMPARE(to(u"[[index]]"_s), u"/fr/index.md#"_s);
+        QCOMPARE(to(u"[[INSTALL#Sous Linux|ici]]"_s), u"/fr/guide/install.md#Sous Linux"_s);
+        QCOMPARE(to(u"[[en/guide/install]]"_s), u"/en/guide/install.md#"_s);
+        QCOMPARE(to(u"[[Installation]]"_s), u"/Installation.md#"_s);
+        QCOMPARE(LinkResolver::resolve(u"[[Installation]]"_s, r + u"/en/x.md"_s, root)->path,
+                 r + u"/en/Installation.markdown"_s);
+        // Web addresses, what leaves the folder, what is not a document, and what is missing.
+        for (const QString &nowhere :
+             {u"https://a.org/x.md"_s, u"mailto:a@b.fr"_s, u"../../../etc/passwd"_s,
+              u"../../img.png"_s, u"../../.hidden/secret.md"_s, u"absent.md"_s, u"[[absent]]"_s,
+              u"../guide"_s})
+            QVERIFY2(to(nowhere) == u"-"_s, qPrintable(nowhere));
     }
 };
 

@@ -17,6 +17,7 @@ def main():
     docs = s.docs
     write(os.path.join(docs, "README.md"), "# Accueil\n\nBienvenue dans la documentation.\n")
     write(os.path.join(docs, "guide", "start.md"), "# Démarrer\n\nTrois mots ici.\n")
+    write(os.path.join(docs, "liens.md"), "Voir [le départ](guide/start.md#démarrer) ou [[absent]]\n")
     try:
         s.start(docs)
         # The readme opens with the folder, and the root's folder is open.
@@ -99,6 +100,28 @@ def main():
                  and s.label("Aucun fichier sélectionné"))
         s.shot("e2e-deleted")
 
+        # Ctrl+Enter in a link opens its document; a link leading nowhere says so.
+        click(s.row("liens.md"))
+        wait_for("liens.md in the editor", lambda: "Voir" in (s.editor_text() or ""))
+        subprocess.run(["xdotool", "mousemove", "600", "600", "click", "1"], check=True)
+        time.sleep(0.3)
+        key("ctrl+Home")
+        key(*["Right"] * 8)
+        key("ctrl+Return")
+        wait_for("the linked document", lambda: s.label("guide/start.md"))
+        click(s.row("liens.md"))
+        wait_for("liens.md again", lambda: "Voir" in (s.editor_text() or ""))
+        subprocess.run(["xdotool", "mousemove", "600", "600", "click", "1"], check=True)
+        time.sleep(0.3)
+        key("ctrl+End")
+        key("Left", "Left", "Left", "Left")
+        key("ctrl+Return")
+        message = "Le lien \u00ab\u00a0[[absent]]\u00a0\u00bb ne m\u00e8ne \u00e0 aucun document du dossier."
+        wait_for("the message", lambda: s.label(message))
+        s.shot("e2e-link-missing")
+        press(wait_for("OK", lambda: s.named("push button", "OK")))
+        wait_for("the alert to close", lambda: not s.label(message))
+
         # A second start hands its file to this instance and ends at once.
         second = subprocess.run([s.app_path, os.path.join(docs, "README.md")], env=s.env,
                                 timeout=30, capture_output=True)
@@ -120,7 +143,7 @@ def main():
         s.shot("e2e-restored")
     finally:
         s.finish()
-    print("PASS: tree, typing and Ctrl+S, search, new file, delete, hand-over, restart")
+    print("PASS: tree, typing and Ctrl+S, search, new file, delete, links, hand-over, restart")
     print("1 passed, 0 failed")
 
 

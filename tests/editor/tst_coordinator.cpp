@@ -213,6 +213,44 @@ private Q_SLOTS:
         QCOMPARE(store->drafts().find(root + u"/a.md"_s, u"saved text"_s), u"saved text, late"_s);
     }
 
+    // A link is followed in a later turn: the target opens, then its heading is asked for; a
+    // link leading nowhere says so and changes nothing; a message of another shape is ignored.
+    void linksOpenTheirTarget()
+    {
+        auto store = makeStore();
+        const QString root = folder({u"a.md"_s, u"guide/install.md"_s});
+        store->openFolder(QUrl::fromLocalFile(root), QUrl::fromLocalFile(root + u"/a.md"_s));
+        Recorder calls;
+        auto coordinator = makeCoordinator(store.get(), false, calls);
+        coordinator->navigationFinished();
+        calls.scripts.clear();
+        const auto link = [&](const QString &target) {
+            QVariantMap message {{u"type"_s, u"openLink"_s},
+                                 {u"target"_s, target},
+                                 {u"path"_s, QString(root + u"/a.md"_s)}};
+            coordinator->receiveMessage(message);
+        };
+        link(u"[[absent]]"_s);
+        coordinator->receiveMessage(json(R"({"type":"openLink","target":3,"path":"/x"})"));
+        coordinator->receiveMessage(json(R"({"type":"openLink","target":"guide/install.md"})"));
+        QVERIFY(!store->showAlert());
+        QCoreApplication::processEvents();
+        QVERIFY(store->showAlert());
+        QCOMPARE(store->optionalAlertMessage(),
+                 u"Le lien \u00AB\u00A0[[absent]]\u00A0\u00BB ne m\u00E8ne \u00E0 aucun "
+                 u"document du dossier."_s);
+        QCOMPARE(FileUrl::path(store->selectedFileURL()), root + u"/a.md"_s);
+        QVERIFY(calls.scripts.isEmpty());
+
+        link(u"guide/install#mise-en-route"_s);
+        QCoreApplication::processEvents();
+        QCOMPARE(FileUrl::path(store->selectedFileURL()), root + u"/guide/install.md"_s);
+        QCOMPARE(calls.scripts.size(), 2);
+        QVERIFY(calls.scripts.at(0).contains(u"setContent(`# guide/install.md\n`"_s));
+        QCOMPARE(calls.scripts.at(1),
+                 u"window.Pagewell && window.Pagewell.scrollToHeading('mise-en-route');"_s);
+    }
+
     void requestChannels()
     {
         auto store = makeStore();

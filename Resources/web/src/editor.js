@@ -22,7 +22,8 @@ import { blockStyles } from "./blockStyles.js";
 import { frontMatter } from "./frontMatter.js";
 import { frenchPhrases } from "./phrases.js";
 import { wrapSelectionInMarkers } from "./emphasis.js";
-import { completeOutline, outlineComplete, outlineField, outlineParser, withIds } from "./outline.js";
+import { completeOutline, outlineComplete, outlineField, outlineParser, slugify, withIds } from "./outline.js";
+import { linkAt } from "./links.js";
 import { detectLineSeparator, normalizeLineBreaks, splitByteOrderMark } from "./lineBreaks.js";
 import { lineChange } from "./lineChange.js";
 
@@ -110,6 +111,16 @@ export function createEditor(parent, { post }) {
     },
   );
 
+  // Follows the link at `pos`: a web address opens in the desktop's browser (the host opens the
+  // new window's address outside), any other target goes to the host as written.
+  function followLinkAt(pos) {
+    const link = linkAt(view.state, pos);
+    if (!link) return false;
+    if (link.address) window.open(link.address, "_blank", "noopener");
+    else post({ type: "openLink", target: link.target, path: view.state.facet(documentFacts).path });
+    return true;
+  }
+
   function save() {
     if (contentTimer) sendContent(); // the store must hold the text before it saves
     post({ type: "saveRequested" });
@@ -134,6 +145,7 @@ export function createEditor(parent, { post }) {
     markdown({ base: markdownLanguage, codeLanguages, extensions: [frontMatter] }),
     keymap.of([
       { key: "Mod-s", run: save, preventDefault: true },
+      { key: "Mod-Enter", run: () => followLinkAt(view.state.selection.main.head) },
       ...closeBracketsKeymap,
       ...defaultKeymap,
       ...searchKeymap,
@@ -259,7 +271,16 @@ export function createEditor(parent, { post }) {
     scrollToHeading(id) {
       showInitText();
       if (!view) return;
-      const find = () => withIds(view.state.field(outlineField).headings).find((h) => h.id === id);
+      // An id from the outline, or a heading as a link names it ("#Installation sous Linux").
+      const wanted = [String(id ?? ""), slugify(String(id ?? ""))];
+      const find = () => {
+        const headings = withIds(view.state.field(outlineField).headings);
+        for (const key of wanted) {
+          const heading = headings.find((h) => h.id === key);
+          if (heading) return heading;
+        }
+        return null;
+      };
       let heading = find();
       if (!heading && !outlineComplete(view.state)) {
         completeOutline(view);
@@ -272,6 +293,11 @@ export function createEditor(parent, { post }) {
         effects: EditorView.scrollIntoView(from, { y: "start", yMargin: 16 }),
       });
       view.focus();
+    },
+
+    followLinkAt(pos) {
+      showInitText();
+      return view ? followLinkAt(pos) : false;
     },
 
     get view() {

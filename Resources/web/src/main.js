@@ -2,7 +2,6 @@
 // the message bridge.
 import { createBridge } from "./bridge.js";
 import { createEditor } from "./editor.js";
-import { addressAt } from "./links.js";
 
 const bridge = createBridge(window);
 const editor = createEditor(document.getElementById("editor"), { post: (message) => bridge.post(message) });
@@ -35,20 +34,14 @@ document.addEventListener(
   true,
 );
 
-// Ctrl+click (Cmd+click) on a web address in the text opens it outside: the host sends the new
-// window's address to the desktop's browser.
+// Ctrl+click (Cmd+click) on a link follows it.
 document.addEventListener(
   "mousedown",
   (event) => {
     const view = editor.view;
     if (!view || event.button !== 0 || !(event.ctrlKey || event.metaKey)) return;
     const pos = view.posAtCoords({ x: event.clientX, y: event.clientY });
-    if (pos == null) return;
-    const line = view.state.doc.lineAt(pos);
-    const address = addressAt(line.text, pos - line.from);
-    if (!address) return;
-    event.preventDefault();
-    window.open(address, "_blank", "noopener");
+    if (pos != null && editor.followLinkAt(pos)) event.preventDefault();
   },
   true,
 );

@@ -293,3 +293,28 @@ test("list markup continues on Enter, and markers wrap a selection", async () =>
     assert.equal(await text(), "- un\n**- deux**");
   });
 });
+
+test("Ctrl+click and Ctrl+Enter on a link ask the host to follow it; a heading named by a link is found", async () => {
+  await withEditor(async ({ page, messages, clearMessages }) => {
+    const text = "# Début\n\nLire [le guide](guide/install.md#linux) puis [[Notes|les notes]].\n\n## Sous Linux\n";
+    await page.evaluate((t) => window.Pagewell.setContent(t, "/w/a.md"), text);
+    await clearMessages();
+    await page.click("text=le guide", { modifiers: ["Control"] });
+    await page.click("text=les notes");
+    await page.keyboard.press("Control+Enter");
+    assert.deepEqual(await messages(), [
+      { type: "openLink", target: "guide/install.md#linux", path: "/w/a.md" },
+      { type: "openLink", target: "[[Notes|les notes]]", path: "/w/a.md" },
+    ]);
+    // Ctrl+Enter away from a link is the editor's own: a new line.
+    await page.keyboard.press("Control+Home");
+    await page.keyboard.press("Control+Enter");
+    assert.equal((await messages()).filter((m) => m.type === "openLink").length, 2);
+    await page.evaluate(() => window.Pagewell.scrollToHeading("Sous Linux"));
+    const line = await page.evaluate(() => {
+      const view = window.__pagewellEditor.view;
+      return view.state.doc.lineAt(view.state.selection.main.head).text;
+    });
+    assert.equal(line, "## Sous Linux");
+  });
+});

@@ -17,3 +17,24 @@ test("only web addresses, and addresses inside Markdown links", () => {
   assert.equal(addressAt("[doc](https://a.org/x)", 10), "https://a.org/x");
   assert.equal(addressAt("<https://a.org/y>", 3), "https://a.org/y");
 });
+
+test("the link under the caret, its target as written", async () => {
+  const { EditorState } = await import("@codemirror/state");
+  const { markdown, markdownLanguage } = await import("@codemirror/lang-markdown");
+  const { ensureSyntaxTree } = await import("@codemirror/language");
+  const { linkAt } = await import("../../src/links.js");
+  const text = [
+    "Voir [l'installation](../guide/install.md#linux) et [[Installation#Sous Linux|ici]].",
+    "Aussi [deux mots](<mes notes.md>), [web](https://a.org/x) et <mailto:a@b.fr>, [réf][r].",
+  ].join("\n");
+  const state = EditorState.create({ doc: text, extensions: [markdown({ base: markdownLanguage })] });
+  ensureSyntaxTree(state, state.doc.length, 1e9);
+  const at = (word) => linkAt(state, text.indexOf(word) + 1);
+  assert.deepEqual(at("installation]"), { target: "../guide/install.md#linux" });
+  assert.deepEqual(at("Sous"), { target: "[[Installation#Sous Linux|ici]]" });
+  assert.deepEqual(at("deux"), { target: "<mes notes.md>" });
+  assert.deepEqual(at("web"), { address: "https://a.org/x" });
+  assert.deepEqual(at("mailto"), { address: "mailto:a@b.fr" });
+  assert.equal(at("réf"), null); // a reference link
+  assert.equal(at("Voir"), null);
+});
