@@ -27,6 +27,8 @@ void Coordinator::setStore(WorkspaceStore *store)
         connect(store, &WorkspaceStore::headingScrollRequest, this, [this](const QString &id) {
             Q_EMIT scriptRequested(EditorScripts::scrollCall(id), false);
         });
+        connect(store, &WorkspaceStore::historyPositionRequest, this,
+                [this] { Q_EMIT scriptRequested(EditorScripts::positionCall(), false); });
         connect(store, &WorkspaceStore::snippetInsertRequest, this, [this](const QString &snippet) {
             Q_EMIT scriptRequested(EditorScripts::insertCall(snippet), false);
         });

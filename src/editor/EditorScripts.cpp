@@ -85,6 +85,11 @@ QString saveCall()
     return u"!!(window.Pagewell && window.Pagewell.requestSave());"_s;
 }
 
+QString positionCall()
+{
+    return u"window.Pagewell && window.Pagewell.restorePosition();"_s;
+}
+
 QString focusCall()
 {
     return u"window.Pagewell && window.Pagewell.focus();"_s;

@@ -28,5 +28,7 @@ QString saveCall();
 // Gives the text the keyboard, as a click in it would.
 QString focusCall();
 QString scrollCall(const QString &headingId);
+// Shows the open document where it was left when another replaced it (going back or forth).
+QString positionCall();
 
 } // namespace EditorScripts

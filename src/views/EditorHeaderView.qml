@@ -3,8 +3,8 @@ import QtQuick.Controls
 import QtQuick.Layouts
 import Pagewell
 
-// One line above the editor: the file, its place in the folder, its statistics, the save button
-// and the outline toggle.
+// One line above the editor: back and forth over the documents opened, the file, its place in the
+// folder, its statistics, the save button and the outline toggle.
 Rectangle {
     id: root
 
@@ -22,7 +22,9 @@ Rectangle {
     readonly property real margin: tight ? 8 : 16
     readonly property real gap: tight ? 6 : 12
     readonly property real innerGap: tight ? 4 : 8
-    readonly property real available: width - 2 * margin
+    // "Précédent" and "Suivant" lead the row; a very narrow column leaves them to the menu.
+    readonly property real historyWidth: tight ? 0 : back.implicitWidth + forward.implicitWidth + 2 + gap
+    readonly property real available: width - 2 * margin - historyWidth
     readonly property real symbolWidth: tight ? 0 : fileIcon.implicitWidth + innerGap
     readonly property real dotWidth: unsaved.visible ? unsaved.implicitWidth + innerGap : 0
     readonly property real identityWidth: symbolWidth + fileName.implicitWidth + dotWidth
@@ -50,6 +52,30 @@ Rectangle {
         anchors.leftMargin: root.margin
         anchors.rightMargin: root.margin
         spacing: root.gap
+
+        RowLayout {
+            visible: !root.tight
+            spacing: 2
+
+            SymbolButton {
+                id: back
+
+                objectName: "backButton"
+                symbol: "arrow.backward"
+                enabled: WorkspaceStore.canGoBack
+                toolTipText: "Précédent"
+                onClicked: WorkspaceStore.goBack()
+            }
+            SymbolButton {
+                id: forward
+
+                objectName: "forwardButton"
+                symbol: "arrow.forward"
+                enabled: WorkspaceStore.canGoForward
+                toolTipText: "Suivant"
+                onClicked: WorkspaceStore.goForward()
+            }
+        }
 
         RowLayout {
             Layout.fillWidth: true

@@ -126,6 +126,22 @@ ApplicationWindow {
             }
         }
         Menu {
+            title: "Aller"
+
+            Action {
+                text: "Précédent"
+                shortcut: "Alt+Left"
+                enabled: WorkspaceStore.canGoBack
+                onTriggered: WorkspaceStore.goBack()
+            }
+            Action {
+                text: "Suivant"
+                shortcut: "Alt+Right"
+                enabled: WorkspaceStore.canGoForward
+                onTriggered: WorkspaceStore.goForward()
+            }
+        }
+        Menu {
             title: "Aide"
 
             Action {
@@ -143,6 +159,12 @@ ApplicationWindow {
 
         anchors.fill: parent
         onOpenFolder: window.openFolderDialog()
+    }
+
+    // The mouse's back and forward buttons, anywhere in the window.
+    TapHandler {
+        acceptedButtons: Qt.BackButton | Qt.ForwardButton
+        onTapped: (point, button) => button === Qt.BackButton ? WorkspaceStore.goBack() : WorkspaceStore.goForward()
     }
 
     // What an update check found; with a download address, a button opens it.

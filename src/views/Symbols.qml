@@ -26,7 +26,9 @@ QtObject {
             "text.alignleft": "text-left",
             "clock.arrow.circlepath": "clock-history",
             "exclamationmark.triangle.fill": "exclamation-triangle-fill",
-            "doc.badge.xmark": "file-earmark-x"
+            "doc.badge.xmark": "file-earmark-x",
+            "arrow.backward": "arrow-left",
+            "arrow.forward": "arrow-right"
         })
 
     // The icon of `symbol`, or an empty source for a name the table does not know.

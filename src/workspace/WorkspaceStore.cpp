@@ -93,6 +93,9 @@ QVariant WorkspaceStore::currentDocumentValue() const
 void WorkspaceStore::openFolder(const QUrl &url, const QUrl &preferredFileURL)
 {
     setRootURL(url);
+    m_history.clear();
+    m_historyIndex = -1;
+    Q_EMIT historyChanged();
     const QString path = FileUrl::path(url);
     m_treeChanges = {};
     if (m_watcher)
@@ -178,6 +181,7 @@ void WorkspaceStore::openFile(const QUrl &url)
     document.lastModified = QDateTime::currentDateTime();
     setCurrentDocument(document);
     storeSetting(lastFileKey, path);
+    recordVisit(path);
     if (m_offeredDraft)
         setNotice(DraftFound);
     if (m_watcher)
@@ -348,6 +352,42 @@ void WorkspaceStore::followLink(const QString &target, const QString &fromPath)
     if (!found->fragment.isEmpty() && m_currentDocument
         && FileUrl::path(m_currentDocument->fileURL) == found->path)
         requestHeadingScroll(found->fragment);
+}
+
+void WorkspaceStore::recordVisit(const QString &path)
+{
+    if (m_travelling)
+        return;
+    m_history.resize(m_historyIndex + 1);
+    if (m_history.isEmpty() || m_history.last() != path)
+        m_history.append(path);
+    m_historyIndex = m_history.size() - 1;
+    Q_EMIT historyChanged();
+}
+
+void WorkspaceStore::travel(int step)
+{
+    // Documents deleted or renamed since are passed over, and forgotten.
+    for (qsizetype i = m_historyIndex + step; i >= 0 && i < m_history.size(); i += step) {
+        const QString path = m_history.at(i);
+        if (!QFileInfo(path).isFile()) {
+            m_history.removeAt(i);
+            if (i < m_historyIndex)
+                --m_historyIndex;
+            if (step > 0)
+                --i;
+            continue;
+        }
+        m_travelling = true;
+        openFile(QUrl::fromLocalFile(path));
+        m_travelling = false;
+        if (m_currentDocument && FileUrl::path(m_currentDocument->fileURL) == path) {
+            m_historyIndex = i;
+            Q_EMIT historyPositionRequest();
+        }
+        break;
+    }
+    Q_EMIT historyChanged();
 }
 
 void WorkspaceStore::requestHeadingScroll(const QString &headingId)

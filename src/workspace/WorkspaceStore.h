@@ -61,6 +61,8 @@ class WorkspaceStore : public QObject
     Q_PROPERTY(bool hasDocument READ hasDocument NOTIFY currentDocumentChanged)
     Q_PROPERTY(bool isSearchQueryBlank READ isSearchQueryBlank NOTIFY searchQueryChanged)
     Q_PROPERTY(QString noticeDetail READ noticeDetail NOTIFY noticeChanged)
+    Q_PROPERTY(bool canGoBack READ canGoBack NOTIFY historyChanged)
+    Q_PROPERTY(bool canGoForward READ canGoForward NOTIFY historyChanged)
 
 public:
     enum Notice {
@@ -156,6 +158,14 @@ public:
     // Asks the editor page to scroll to a heading, or to insert text at the caret. Only
     // receivers connected at that moment get the value.
     Q_INVOKABLE void requestHeadingScroll(const QString &headingId);
+
+    // The documents opened in this window, in order, whatever opened them: "Précédent" and
+    // "Suivant" go back and forth over them, each shown where it was left. Opening a document
+    // after going back drops the ones ahead; opening a folder starts a new history.
+    bool canGoBack() const { return m_historyIndex > 0; }
+    bool canGoForward() const { return m_historyIndex + 1 < m_history.size(); }
+    Q_INVOKABLE void goBack() { travel(-1); }
+    Q_INVOKABLE void goForward() { travel(1); }
     Q_INVOKABLE void requestSnippetInsert(const QString &snippet);
 
     // The answers of the bar above the editor. "Rétablir" takes the offered draft (modified, not
@@ -207,6 +217,9 @@ Q_SIGNALS:
 
     // The two request channels towards the editor page.
     void headingScrollRequest(const QString &headingId);
+    void historyChanged();
+    // A document reached by going back or forth: the page shows it where it was left.
+    void historyPositionRequest();
     void snippetInsertRequest(const QString &snippet);
     // The open document's text was replaced here, not typed in the page (a new version from the
     // disk, a restored draft): the page is to take it as one change that undo can take back.
@@ -217,6 +230,8 @@ Q_SIGNALS:
 private:
     void restoreLastSession();
     void presentAlert(const QString &prefix, const FileError &error);
+    void recordVisit(const QString &path);
+    void travel(int step);
     void setRootURL(const QUrl &url);
     void setRootItem(const std::optional<FileItem> &item);
     void setSelectedFileURL(const QUrl &url);
@@ -263,6 +278,9 @@ private:
     bool m_isOutlineVisible = true;
     std::optional<QString> m_alertMessage;
     bool m_showAlert = false;
+    QStringList m_history; // paths of the documents opened, oldest first
+    qsizetype m_historyIndex = -1;
+    bool m_travelling = false;
 
     // The open document's file as last read or written here: its text and its identity.
     QString m_diskText;

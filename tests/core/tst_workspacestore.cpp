@@ -465,6 +465,45 @@ private Q_SLOTS:
         QVERIFY(store->showAlert());
         QCOMPARE(rescans.count(), 0);
     }
+
+    void historyGoesBackAndForth()
+    {
+        auto store = launch();
+        const QString root = folder({u"a.md"_s, u"b.md"_s, u"c.md"_s});
+        store->openFolder(fileUrl(root)); // opens a.md
+        QSignalSpy positions(store.get(), &WorkspaceStore::historyPositionRequest);
+        const auto open = [&](const char *name) {
+            store->openFile(fileUrl(root + u'/' + QLatin1String(name)));
+        };
+        const auto at = [&] { return selectedPath(*store).mid(root.size() + 1); };
+        open("b.md");
+        open("c.md");
+        QVERIFY(store->canGoBack() && !store->canGoForward());
+        store->goBack();
+        QCOMPARE(at(), u"b.md"_s);
+        store->goBack();
+        QCOMPARE(at(), u"a.md"_s);
+        QVERIFY(!store->canGoBack() && store->canGoForward());
+        store->goBack(); // nothing before
+        QCOMPARE(at(), u"a.md"_s);
+        store->goForward();
+        QCOMPARE(at(), u"b.md"_s);
+        QCOMPARE(positions.count(), 3); // each document reached by travelling, shown where left
+        // A new open after going back drops what was ahead.
+        open("a.md");
+        QVERIFY(!store->canGoForward());
+        store->goBack();
+        QCOMPARE(at(), u"b.md"_s);
+        // A document deleted since is passed over.
+        QVERIFY(QFile::remove(root + u"/a.md"_s));
+        store->goBack();
+        QCOMPARE(at(), u"b.md"_s);
+        QVERIFY(!store->canGoBack());
+        QVERIFY(!store->showAlert());
+        // Another folder starts a new history.
+        store->openFolder(fileUrl(folder({u"x.md"_s})));
+        QVERIFY(!store->canGoBack() && !store->canGoForward());
+    }
 };
 
 QTEST_GUILESS_MAIN(TestWorkspaceStore)

@@ -109,6 +109,11 @@ def main():
         key(*["Right"] * 8)
         key("ctrl+Return")
         wait_for("the linked document", lambda: s.label("guide/start.md"))
+        # "Précédent" (Alt+Left, from the text) comes back, "Suivant" goes forth again.
+        key("alt+Left")
+        wait_for("back to the links", lambda: "Voir" in (s.editor_text() or ""))
+        press(wait_for("Suivant", lambda: s.named("push button", "Suivant")))
+        wait_for("forth to the linked document", lambda: s.label("guide/start.md"))
         click(s.row("liens.md"))
         wait_for("liens.md again", lambda: "Voir" in (s.editor_text() or ""))
         subprocess.run(["xdotool", "mousemove", "600", "600", "click", "1"], check=True)

@@ -32,11 +32,12 @@ TestCase {
 
     function test_menusAndAlert() {
         const app = createTemporaryObject(appComponent, test);
-        compare(app.menuBar.count, 4);
+        compare(app.menuBar.count, 5);
         compare(app.menuBar.menuAt(0).title, "Fichier");
         compare(app.menuBar.menuAt(1).title, "Édition");
         compare(app.menuBar.menuAt(2).title, "Recherche");
-        compare(app.menuBar.menuAt(3).title, "Aide");
+        compare(app.menuBar.menuAt(3).title, "Aller");
+        compare(app.menuBar.menuAt(4).title, "Aide");
         verify(action(app, "Aide", "Vérifier les mises à jour...").enabled);
         const root = fixture.makeFolder(["sub/"]);
         WorkspaceStore.openFolder(fixture.url(root));

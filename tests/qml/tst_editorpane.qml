@@ -144,7 +144,7 @@ TestCase {
         // With a short name and room enough, the path and the statistics both show.
         WorkspaceStore.openFile(fixture.url(root + "/" + deep + "/court.md"));
         const wide = createTemporaryObject(narrowPane, test, {
-                "width": 760
+                "width": 840
             });
         waitForRendering(wide);
         const path = findChild(wide, "relativePath");

@@ -180,10 +180,17 @@ export function createEditor(parent, { post }) {
     return state.update({}).state;
   }
 
+  // Where each document was left when another replaced it: the line at the top and the caret.
+  const positions = new Map();
+
   // A new document: its text, a fresh undo history, the top of the text in view. Typing not yet
   // sent goes first, for the document it was typed in.
   function load(markdownText, path) {
     if (contentTimer) sendContent();
+    if (view) {
+      const top = view.lineBlockAtHeight(view.scrollDOM.getBoundingClientRect().top - view.documentTop).from;
+      positions.set(view.state.facet(documentFacts).path, { top, head: view.state.selection.main.head });
+    }
     const state = makeState(markdownText, path);
     if (view) {
       view.setState(state);
@@ -293,6 +300,18 @@ export function createEditor(parent, { post }) {
         effects: EditorView.scrollIntoView(from, { y: "start", yMargin: 16 }),
       });
       view.focus();
+    },
+
+    // Back to where the open document was left, when it was shown before.
+    restorePosition() {
+      showInitText();
+      const left = view && positions.get(view.state.facet(documentFacts).path);
+      if (!left) return;
+      const length = view.state.doc.length;
+      view.dispatch({
+        selection: EditorSelection.cursor(Math.min(left.head, length)),
+        effects: EditorView.scrollIntoView(Math.min(left.top, length), { y: "start", yMargin: 0 }),
+      });
     },
 
     followLinkAt(pos) {

@@ -15,6 +15,7 @@ window.Pagewell = Object.freeze({
   requestSave: () => editor.requestSave(),
   focus: () => editor.focus(),
   scrollToHeading: (id) => editor.scrollToHeading(id),
+  restorePosition: () => editor.restorePosition(),
 });
 // Read-only access for tests and the developer tools.
 Object.defineProperty(window, "__pagewellEditor", { value: editor });

@@ -318,3 +318,32 @@ test("Ctrl+click and Ctrl+Enter on a link ask the host to follow it; a heading n
     assert.equal(line, "## Sous Linux");
   });
 });
+
+test("a document shown again is where it was left: the line at the top and the caret", async () => {
+  await withEditor(async ({ page }) => {
+    const long = Array.from({ length: 300 }, (_, i) => `Ligne ${i + 1}`).join("\n");
+    await page.evaluate((t) => window.Pagewell.setContent(t, "/w/long.md"), long);
+    await page.evaluate(() => {
+      const view = window.__pagewellEditor.view;
+      const line = view.state.doc.line(150);
+      view.dispatch({ selection: { anchor: line.from + 3 } });
+      view.scrollDOM.scrollTop = view.lineBlockAt(line.from).top;
+    });
+    await settle(page);
+    const where = () =>
+      page.evaluate(() => {
+        const view = window.__pagewellEditor.view;
+        const top = view.lineBlockAtHeight(view.scrollDOM.getBoundingClientRect().top - view.documentTop).from;
+        return { top: view.state.doc.lineAt(top).number, head: view.state.selection.main.head };
+      });
+    const left = await where();
+    assert.ok(left.top > 140 && left.top < 160, `line ${left.top} at the top`);
+    await page.evaluate(() => window.Pagewell.setContent("autre", "/w/other.md"));
+    await page.evaluate((t) => window.Pagewell.setContent(t, "/w/long.md"), long);
+    await settle(page);
+    assert.equal((await where()).top, 1); // opened anew: the top
+    await page.evaluate(() => window.Pagewell.restorePosition());
+    await settle(page);
+    assert.deepEqual(await where(), left);
+  });
+});
