@@ -6,9 +6,11 @@
 //       every hit as relativePath<TAB>lineNumber<TAB>lineContent, files in result order, then
 //       the hit and file counts (and the median time with --repeat)
 #include "services/FileSystemService.h"
+#include "services/LinkResolver.h"
 #include "services/SearchService.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QStringEncoder>
 #include <QTextStream>
@@ -106,6 +108,33 @@ int search(const QString &dir, const QString &query, SearchService::Engine engin
     return 0;
 }
 
+// Resolves a link written in the deepest document of the tree, as a Ctrl+click does once the
+// page has posted it: the host's share of following a link.
+int link(const QString &dir, const QString &target, int repeat)
+{
+    const FileSystemService service;
+    const FileItem root = service.scanDirectory(QUrl::fromLocalFile(QDir(dir).absolutePath()));
+    const QStringList documents = service.collectDocumentPaths(root);
+    if (documents.isEmpty())
+        return 1;
+    const QString from = *std::max_element(
+        documents.begin(), documents.end(),
+        [](const QString &a, const QString &b) { return a.count(u'/') < b.count(u'/'); });
+    std::vector<double> times;
+    std::optional<LinkResolver::Target> found;
+    for (int i = 0; i < repeat; ++i) {
+        QElapsedTimer timer;
+        timer.start();
+        found = LinkResolver::resolve(target, from, root);
+        times.push_back(double(timer.nsecsElapsed()) / 1e6);
+    }
+    std::sort(times.begin(), times.end());
+    QTextStream(stdout) << "documents\t" << documents.size() << "\nfrom\t" << from << "\nfound\t"
+                        << (found ? found->path : QStringLiteral("-")) << "\nmedian_ms\t"
+                        << times[times.size() / 2] << '\n';
+    return 0;
+}
+
 int intOption(const QStringList &args, const QString &name, int fallback)
 {
     const qsizetype at = args.indexOf(name);
@@ -129,7 +158,10 @@ int main(int argc, char *argv[])
                       unicode ? SearchService::Engine::Unicode : SearchService::Engine::Bytes,
                       repeat, args.contains(QStringLiteral("--quiet")));
     }
+    if (args.size() >= 4 && args.at(1) == u"link")
+        return link(args.at(2), args.at(3), repeat);
     err << "usage: pagewell-bench scan DIR [--repeat N]\n"
+           "       pagewell-bench link DIR TARGET [--repeat N]\n"
            "       pagewell-bench search DIR QUERY [--engine bytes|unicode] [--repeat N] "
            "[--quiet]\n";
     return 2;

@@ -63,7 +63,7 @@ void collectNamed(const FileItem &folder, const QString &name, QList<const FileI
     for (const FileItem &child : folder.children()) {
         if (child.isDirectory())
             collectNamed(child, name, out);
-        else if (child.isMarkdown()
+        else if (child.name().startsWith(name, Qt::CaseInsensitive) && child.isMarkdown()
                  && withoutExtension(child.name()).compare(name, Qt::CaseInsensitive) == 0)
             out.append(&child);
     }
