@@ -7,7 +7,10 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QFileOpenEvent>
+#include <QMouseEvent>
+#include <QMouseEvent>
 #include <QTimer>
+#include <QWindow>
 
 #include <utility>
 
@@ -80,6 +83,17 @@ bool AppDelegate::eventFilter(QObject *watched, QEvent *event)
             });
         m_fileOpenBatch.append(static_cast<QFileOpenEvent *>(event)->url());
         return true;
+    }
+    // The mouse's back and forward buttons, anywhere in a window, the web view's text included.
+    if (event->type() == QEvent::MouseButtonPress && qobject_cast<QWindow *>(watched)) {
+        const Qt::MouseButton button = static_cast<QMouseEvent *>(event)->button();
+        if (button == Qt::BackButton || button == Qt::ForwardButton) {
+            if (button == Qt::BackButton)
+                m_store->goBack();
+            else
+                m_store->goForward();
+            return true;
+        }
     }
     return QObject::eventFilter(watched, event);
 }

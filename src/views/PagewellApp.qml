@@ -161,12 +161,6 @@ ApplicationWindow {
         onOpenFolder: window.openFolderDialog()
     }
 
-    // The mouse's back and forward buttons, anywhere in the window.
-    TapHandler {
-        acceptedButtons: Qt.BackButton | Qt.ForwardButton
-        onTapped: (point, button) => button === Qt.BackButton ? WorkspaceStore.goBack() : WorkspaceStore.goForward()
-    }
-
     // What an update check found; with a download address, a button opens it.
     AlertDialog {
         id: updateDialog

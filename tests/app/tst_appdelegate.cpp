@@ -8,11 +8,14 @@
 
 #include <QFileOpenEvent>
 #include <QGuiApplication>
+#include <QMouseEvent>
+#include <QMouseEvent>
 #include <QSignalSpy>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QWindow>
 #include <QtConcurrent>
 
 using namespace Qt::StringLiterals;
@@ -130,6 +133,30 @@ private Q_SLOTS:
         QTRY_COMPARE(raised.count(), 1);
         QCOMPARE(FileUrl::path(store->rootURL()), root);
         QCOMPARE(FileUrl::lastPathComponent(store->selectedFileURL()), u"other.md"_s);
+    }
+
+    // The mouse's back and forward buttons go over the documents opened, from any window.
+    void mouseButtonsGoBackAndForth()
+    {
+        auto store = makeStore(m_scratch.filePath(u"mouse.ini"_s));
+        AppDelegate delegate(store.get());
+        const QString root = m_scratch.filePath(u"mouse"_s);
+        makeTree(root, {u"a.md"_s, u"b.md"_s});
+        store->openFolder(QUrl::fromLocalFile(root), QUrl::fromLocalFile(root + u"/a.md"_s));
+        store->openFile(QUrl::fromLocalFile(root + u"/b.md"_s));
+        QWindow window;
+        const auto press = [&](Qt::MouseButton button) {
+            QMouseEvent event(QEvent::MouseButtonPress, QPointF(5, 5), QPointF(5, 5), button,
+                              button, Qt::NoModifier);
+            return QCoreApplication::sendEvent(&window, &event);
+        };
+        const auto at = [&] { return FileUrl::lastPathComponent(store->selectedFileURL()); };
+        press(Qt::BackButton);
+        QCOMPARE(at(), u"a.md"_s);
+        press(Qt::ForwardButton);
+        QCOMPARE(at(), u"b.md"_s);
+        press(Qt::LeftButton);
+        QCOMPARE(at(), u"b.md"_s);
     }
 
     void secondInstanceHandsOver()
