@@ -1,6 +1,7 @@
 #include "Coordinator.h"
 
 #include "EditorScripts.h"
+#include "LocalFileGuard.h"
 #include "model/FileUrl.h"
 #include "model/HeadingItem.h"
 #include "workspace/StoreBinding.h"
@@ -26,6 +27,11 @@ void Coordinator::setStore(WorkspaceStore *store)
         // The two request channels: each value is one call, sent once.
         connect(store, &WorkspaceStore::headingScrollRequest, this, [this](const QString &id) {
             Q_EMIT scriptRequested(EditorScripts::scrollCall(id), false);
+        });
+        connect(store, &WorkspaceStore::rootURLChanged, this, [this] {
+            if (m_pageLoaded)
+                Q_EMIT scriptRequested(EditorScripts::folderCall(FileUrl::path(m_store->rootURL())),
+                                       false);
         });
         connect(store, &WorkspaceStore::historyPositionRequest, this,
                 [this] { Q_EMIT scriptRequested(EditorScripts::positionCall(), false); });
@@ -151,6 +157,8 @@ void Coordinator::navigationFinished()
     // already recorded by the update step, which sends no second theme call.
     const bool dark = m_parentIsDark.value_or(m_isDark);
     m_pageLoaded = true;
+    if (m_store && !m_store->rootURL().isEmpty())
+        Q_EMIT scriptRequested(EditorScripts::folderCall(FileUrl::path(m_store->rootURL())), false);
     const std::optional<EditorDocument> &document
         = m_store ? m_store->currentDocument() : std::nullopt;
     if (!document) {
@@ -160,6 +168,19 @@ void Coordinator::navigationFinished()
     m_currentLoadedURL = document->fileURL;
     Q_EMIT scriptRequested(
         EditorScripts::startCall(document->content, FileUrl::path(document->fileURL), dark), false);
+}
+
+void Coordinator::guardProfile(QQuickWebEngineProfile *profile)
+{
+    // The profile outlives this view, which goes when no document is open: the guard is its.
+    if (!profile || profile->property("pagewellGuarded").toBool())
+        return;
+    profile->setProperty("pagewellGuarded", true);
+    const QString pageFolder = QFileInfo(pageUrl().toLocalFile()).path();
+    QPointer<WorkspaceStore> store = m_store;
+    profile->setUrlRequestInterceptor(new LocalFileGuard(
+        pageFolder, [store] { return store ? FileUrl::path(store->rootURL()) : QString(); },
+        profile));
 }
 
 void Coordinator::focusPage()

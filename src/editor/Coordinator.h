@@ -6,6 +6,7 @@
 #include <QObject>
 #include <QPointer>
 #include <QQmlParserStatus>
+#include <QQuickWebEngineProfile>
 #include <QUrl>
 #include <QVariant>
 #include <QtQml/qqmlregistration.h>
@@ -47,6 +48,8 @@ public:
     // The page in the application's resource folder: web/editor.html, else
     // Resources/web/editor.html, else web/editor.html unchecked; nothing without a folder.
     static QUrl locatePage(const QString &resourceDirectory);
+    // Lets the page's web profile read no file but the page's own and the open folder's.
+    Q_INVOKABLE void guardProfile(QQuickWebEngineProfile *profile);
     // The installed data folder (<prefix>/share/pagewell), or in a build tree the folder of the
     // executable.
     static QString resourceDirectory();

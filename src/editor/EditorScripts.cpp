@@ -90,6 +90,11 @@ QString positionCall()
     return u"window.Pagewell && window.Pagewell.restorePosition();"_s;
 }
 
+QString folderCall(const QString &folderPath)
+{
+    return u"window.Pagewell && window.Pagewell.setFolder("_s + quoted(folderPath) + u");"_s;
+}
+
 QString focusCall()
 {
     return u"window.Pagewell && window.Pagewell.focus();"_s;

@@ -30,5 +30,7 @@ QString focusCall();
 QString scrollCall(const QString &headingId);
 // Shows the open document where it was left when another replaced it (going back or forth).
 QString positionCall();
+// The open folder, the only place pictures are shown from.
+QString folderCall(const QString &folderPath);
 
 } // namespace EditorScripts

@@ -65,6 +65,7 @@ Item {
         settings.localContentCanAccessRemoteUrls: false
         settings.javascriptCanOpenWindows: true
         profile: EditorProfile
+        Component.onCompleted: coordinator.guardProfile(EditorProfile)
         Accessible.name: "Éditeur"
         onLoadingChanged: request => {
             if (request.status === WebEngineView.LoadSucceededStatus)

@@ -3,6 +3,7 @@
 #include "../core/TestWorkspace.h"
 #include "Coordinator.h"
 #include "EditorScripts.h"
+#include "LocalFileGuard.h"
 #include "model/FileUrl.h"
 
 #include <QJsonDocument>
@@ -77,15 +78,15 @@ private Q_SLOTS:
                  QStringList {u"window.Pagewell && window.Pagewell.setTheme('light');"_s});
         QVERIFY(!coordinator->isInternalUpdate());
         coordinator->navigationFinished();
-        QCOMPARE(calls.scripts.size(), 2);
+        QCOMPARE(calls.scripts.size(), 3); // the folder, then the start call
         // Once it has: the document, with a completion.
         store->openFile(QUrl::fromLocalFile(root + u"/l'équipe.md"_s));
         store->openFile(QUrl::fromLocalFile(root + u"/a.md"_s));
-        QCOMPARE(calls.scripts.at(3),
+        QCOMPARE(calls.scripts.at(4),
                  u"window.Pagewell && window.Pagewell.setContent(`tick \\` back "
                  u"\\\\ dollar \\${x}\n`, '"_s
                      + root + u"/a.md');"_s);
-        QCOMPARE(calls.completions, (QList<bool> {false, false, true, true}));
+        QCOMPARE(calls.completions, (QList<bool> {false, false, false, true, true}));
         QVERIFY(coordinator->isInternalUpdate());
         coordinator->contentCallFinished();
         QVERIFY(!coordinator->isInternalUpdate());
@@ -133,13 +134,20 @@ private Q_SLOTS:
         coordinator->setDark(true);
         calls.scripts.clear();
         coordinator->navigationFinished();
-        QCOMPARE(calls.scripts,
-                 QStringList {u"window.Pagewell && (window.Pagewell.init(`# a.md\n`, false), "
-                              u"window.Pagewell.setContent(`# a.md\n`, '"_s
-                              + root + u"/a.md'));"_s});
+        QCOMPARE(
+            calls.scripts,
+            (QStringList {u"window.Pagewell && window.Pagewell.setFolder('"_s + root + u"');"_s,
+                          u"window.Pagewell && (window.Pagewell.init(`# a.md\n`, false), "
+                          u"window.Pagewell.setContent(`# a.md\n`, '"_s
+                              + root + u"/a.md'));"_s}));
         QCOMPARE(coordinator->currentLoadedURL(), QUrl::fromLocalFile(root + u"/a.md"_s));
         store->updateHeadings({});
-        QCOMPARE(calls.scripts.size(), 1);
+        QCOMPARE(calls.scripts.size(), 2);
+        // Another folder is told to the page.
+        const QString other = folder({u"b.md"_s});
+        store->openFolder(QUrl::fromLocalFile(other));
+        QVERIFY(calls.scripts.contains(u"window.Pagewell && window.Pagewell.setFolder('"_s + other
+                                       + u"');"_s));
     }
 
     void messages()
@@ -249,6 +257,23 @@ private Q_SLOTS:
         QVERIFY(calls.scripts.at(0).contains(u"setContent(`# guide/install.md\n`"_s));
         QCOMPARE(calls.scripts.at(1),
                  u"window.Pagewell && window.Pagewell.scrollToHeading('mise-en-route');"_s);
+    }
+
+    // The page reads its own files and the open folder's; a link out of the folder, a file
+    // beside it or a missing one is refused.
+    void thePageReadsOnlyItsFilesAndTheFolders()
+    {
+        const QString root = folder({u"docs/img/a.png"_s, u"page/editor.js"_s, u"secret.png"_s});
+        const QString docs = root + u"/docs"_s;
+        const QString page = root + u"/page"_s;
+        QVERIFY(QFile::link(root + u"/secret.png"_s, docs + u"/img/lien.png"_s));
+        QVERIFY(LocalFileGuard::allows(docs + u"/img/a.png"_s, page, docs));
+        QVERIFY(LocalFileGuard::allows(page + u"/editor.js"_s, page, docs));
+        QVERIFY(LocalFileGuard::allows(docs + u"/img/../img/a.png"_s, page, QString(docs + u'/')));
+        QVERIFY(!LocalFileGuard::allows(root + u"/secret.png"_s, page, docs));
+        QVERIFY(!LocalFileGuard::allows(docs + u"/img/lien.png"_s, page, docs));
+        QVERIFY(!LocalFileGuard::allows(docs + u"/img/absent.png"_s, page, docs));
+        QVERIFY(!LocalFileGuard::allows(docs + u"/img/a.png"_s, page, QString()));
     }
 
     void requestChannels()

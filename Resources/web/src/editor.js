@@ -24,6 +24,7 @@ import { frenchPhrases } from "./phrases.js";
 import { wrapSelectionInMarkers } from "./emphasis.js";
 import { completeOutline, outlineComplete, outlineField, outlineParser, slugify, withIds } from "./outline.js";
 import { linkAt } from "./links.js";
+import { pictureDocument, pictureFolder, pictures } from "./pictures.js";
 import { detectLineSeparator, normalizeLineBreaks, splitByteOrderMark } from "./lineBreaks.js";
 import { lineChange } from "./lineChange.js";
 
@@ -69,6 +70,9 @@ function outlineMessage(state) {
 
 export function createEditor(parent, { post }) {
   const theme = new Compartment();
+  // The open folder, which the page is told of apart from the documents.
+  const folderSetting = new Compartment();
+  let folder = "";
   let themeName = "light";
   let view = null;
   let contentTimer = 0;
@@ -162,6 +166,8 @@ export function createEditor(parent, { post }) {
     outlineField,
     outlineParser,
     poster,
+    pictures,
+    folderSetting.of(pictureFolder.of(folder)),
   ];
 
   // A text below the large size is parsed whole before it shows, so its first outline is whole;
@@ -174,6 +180,7 @@ export function createEditor(parent, { post }) {
         extensions(),
         EditorState.lineSeparator.of(detectLineSeparator(split.text)),
         documentFacts.of({ bom: split.bom, path }),
+        pictureDocument.of(path),
       ],
     });
     if (state.doc.length >= LARGE_DOCUMENT || !ensureSyntaxTree(state, state.doc.length, 1e9)) return state;
@@ -223,6 +230,12 @@ export function createEditor(parent, { post }) {
     setContent(markdownText, path) {
       initText = null;
       load(String(markdownText ?? ""), String(path ?? ""));
+    },
+
+    // The folder pictures may be shown from.
+    setFolder(path) {
+      folder = String(path ?? "").replace(/\/+$/, "");
+      if (view) view.dispatch({ effects: folderSetting.reconfigure(pictureFolder.of(folder)) });
     },
 
     setTheme(name) {

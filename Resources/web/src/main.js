@@ -16,6 +16,7 @@ window.Pagewell = Object.freeze({
   focus: () => editor.focus(),
   scrollToHeading: (id) => editor.scrollToHeading(id),
   restorePosition: () => editor.restorePosition(),
+  setFolder: (path) => editor.setFolder(path),
 });
 // Read-only access for tests and the developer tools.
 Object.defineProperty(window, "__pagewellEditor", { value: editor });

@@ -347,3 +347,40 @@ test("a document shown again is where it was left: the line at the top and the c
     assert.deepEqual(await where(), left);
   });
 });
+
+test("pictures show under their line, from the open folder only, never fetched from the web", async () => {
+  const { mkdtempSync, mkdirSync, writeFileSync, rmSync } = await import("node:fs");
+  const { tmpdir } = await import("node:os");
+  const folder = mkdtempSync(`${tmpdir()}/pagewell-pictures-`);
+  try {
+    mkdirSync(`${folder}/img`);
+    // A red 2×1 PNG, and an SVG whose script must not run.
+    writeFileSync(`${folder}/img/rouge.png`, Buffer.from("iVBORw0KGgoAAAANSUhEUgAAAAIAAAABCAIAAAB7QOjdAAAAEElEQVR4nGP4z8DAwMDAAAAN/QH/ZtN3bgAAAABJRU5ErkJggg==", "base64"));
+    writeFileSync(`${folder}/img/s.svg`, '<svg xmlns="http://www.w3.org/2000/svg" width="10" height="10"><script>parent.__pwned = 1</script><rect width="10" height="10"/></svg>');
+    const text = ["# Images", "![rouge](img/rouge.png)", "![[img/s.svg]]", "![web](https://exemple.org/x.png)", "![dehors](../x.png)", "![absente](img/absente.png)", "```", "![code](img/rouge.png)", "```", "fin"].join("\n");
+    await withEditor(async ({ page, errors }) => {
+      await page.evaluate(([f, t]) => (window.Pagewell.setFolder(f), window.Pagewell.setContent(t, `${f}/doc.md`)), [folder, text]);
+      await page.waitForFunction(() => [...document.querySelectorAll(".cm-picture img")].filter((i) => i.complete && i.naturalWidth > 0).length === 2);
+      const marks = await page.$$eval(".cm-picture-mark", (m) => m.map((e) => [e.textContent, e.title]));
+      assert.deepEqual(marks, [
+        ["Image distante non chargée", "https://exemple.org/x.png"],
+        ["Image hors du dossier", "« ../x.png » ne se trouve pas dans le dossier ouvert."],
+        ["Image introuvable", `${folder}/img/absente.png`],
+      ]);
+      assert.equal(await page.evaluate(() => window.__pwned), undefined);
+      // The text is untouched; the caret goes from the picture's line to the next line.
+      assert.equal(await page.evaluate(() => window.__pagewellEditor.view.state.doc.toString()), text);
+      await page.evaluate(() => {
+        const view = window.__pagewellEditor.view;
+        view.focus();
+        view.dispatch({ selection: { anchor: view.state.doc.line(2).to } });
+      });
+      await page.keyboard.press("ArrowDown");
+      assert.equal(await page.evaluate(() => { const v = window.__pagewellEditor.view; return v.state.doc.lineAt(v.state.selection.main.head).number; }), 3);
+      // The browser's own report of the missing file, and nothing else.
+      assert.deepEqual(errors.splice(0), ["Failed to load resource: net::ERR_FILE_NOT_FOUND"]);
+    });
+  } finally {
+    rmSync(folder, { recursive: true, force: true });
+  }
+});

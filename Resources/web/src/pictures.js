@@ -1,0 +1,181 @@
+// Pictures in place: a line holding only a picture (![alt](path), ![[file.png]] or <img src=...>)
+// shows it under the line. The text stays as it is and stays editable; the caret passes the
+// picture by. Only files inside the open folder are shown (the host also refuses any other file
+// the page asks for); web addresses are never fetched, and SVG is drawn as an image, scripts and
+// all left out.
+import { Facet, StateField } from "@codemirror/state";
+import { Decoration, EditorView, WidgetType } from "@codemirror/view";
+import { syntaxTree } from "@codemirror/language";
+
+// The open folder, and the path of the document (whose folder relative paths start from).
+export const pictureFolder = Facet.define({ combine: (values) => values[0] ?? "" });
+export const pictureDocument = Facet.define({ combine: (values) => values[0] ?? "" });
+
+const MARKDOWN = /^ {0,3}!\[([^\]]*)\]\(\s*(<[^>\n]*>|[^\s)]+)(?:\s+(?:"[^"]*"|'[^']*'))?\s*\)\s*$/;
+const WIKI = /^ {0,3}!\[\[([^\]|\n]+)(?:\|([^\]\n]*))?\]\]\s*$/;
+const HTML = /^ {0,3}<img\b[^>]*?\bsrc\s*=\s*(?:"([^"]*)"|'([^']*)')[^>]*>\s*$/i;
+const ALT = /\balt\s*=\s*(?:"([^"]*)"|'([^']*)')/i;
+const PICTURE = /\.(png|jpe?g|gif|webp|svg)$/i;
+
+function decode(text) {
+  try {
+    return decodeURI(text);
+  } catch {
+    return text;
+  }
+}
+
+// Folders of a path, with "." and ".." worked out; null when ".." climbs above the top.
+function normalize(path) {
+  const parts = [];
+  for (const part of path.split("/")) {
+    if (part === "" || part === ".") continue;
+    if (part === "..") {
+      if (!parts.length) return null;
+      parts.pop();
+    } else parts.push(part);
+  }
+  return "/" + parts.join("/");
+}
+
+// What the line `text` shows, or null when it holds no picture alone:
+// { kind: "file", path, alt } | { kind: "web", address, alt } | { kind: "outside", written, alt }.
+export function pictureOf(text, documentPath, folder) {
+  let written;
+  let alt = "";
+  let match;
+  if ((match = MARKDOWN.exec(text))) {
+    written = match[2].replace(/^<|>$/g, "");
+    alt = match[1];
+  } else if ((match = WIKI.exec(text))) {
+    written = match[1].trim();
+    alt = match[2] ?? "";
+  } else if ((match = HTML.exec(text))) {
+    written = match[1] ?? match[2];
+    const described = ALT.exec(text);
+    alt = described ? described[1] ?? described[2] : "";
+  } else {
+    return null;
+  }
+  if (/^[a-z][a-z0-9+.-]*:/i.test(written) && !/^file:/i.test(written)) return { kind: "web", address: written, alt };
+  const cleaned = decode(written.replace(/^file:\/\//i, "").replace(/[?#].*$/, ""));
+  const here = documentPath.slice(0, documentPath.lastIndexOf("/"));
+  const path = cleaned.startsWith("/") ? (folder && !cleaned.startsWith(folder + "/") ? folder + cleaned : cleaned) : `${here}/${cleaned}`;
+  const normalized = normalize(path);
+  if (!normalized || !folder || !normalized.startsWith(folder + "/")) return { kind: "outside", written, alt };
+  if (!PICTURE.test(normalized)) return null;
+  return { kind: "file", path: normalized, alt };
+}
+
+const fileUrl = (path) => "file://" + path.split("/").map(encodeURIComponent).join("/");
+
+function mark(text, title) {
+  const span = document.createElement("span");
+  span.className = "cm-picture-mark";
+  span.textContent = text;
+  span.title = title;
+  return span;
+}
+
+class PictureWidget extends WidgetType {
+  constructor(picture) {
+    super();
+    this.picture = picture;
+  }
+
+  eq(other) {
+    const a = this.picture;
+    const b = other.picture;
+    return a.kind === b.kind && a.path === b.path && a.address === b.address && a.written === b.written && a.alt === b.alt;
+  }
+
+  toDOM() {
+    const box = document.createElement("div");
+    box.className = "cm-picture";
+    const { kind, alt } = this.picture;
+    if (kind === "web") {
+      box.append(mark("Image distante non chargée", this.picture.address));
+    } else if (kind === "outside") {
+      box.append(mark("Image hors du dossier", `« ${this.picture.written} » ne se trouve pas dans le dossier ouvert.`));
+    } else {
+      const image = document.createElement("img");
+      image.alt = alt;
+      image.draggable = false;
+      image.loading = "lazy";
+      image.decoding = "async";
+      image.addEventListener("error", () => image.replaceWith(mark("Image introuvable", this.picture.path)));
+      image.src = fileUrl(this.picture.path);
+      box.append(image);
+    }
+    return box;
+  }
+
+  get estimatedHeight() {
+    return this.picture.kind === "file" ? 240 : 28;
+  }
+}
+
+function insideCode(state, pos) {
+  for (let node = syntaxTree(state).resolveInner(pos, 1); node; node = node.parent) {
+    if (node.name === "FencedCode" || node.name === "CodeBlock" || node.name === "FrontMatter") return true;
+  }
+  return false;
+}
+
+// The pictures of lines `from` to `to` (line numbers, inclusive).
+function picturesIn(state, from, to, out) {
+  const folder = state.facet(pictureFolder);
+  const documentPath = state.facet(pictureDocument);
+  for (let n = from; n <= to; n++) {
+    const line = state.doc.line(n);
+    const first = line.text.trimStart()[0];
+    if (first !== "!" && first !== "<") continue;
+    const picture = pictureOf(line.text, documentPath, folder);
+    if (picture && !insideCode(state, line.from)) {
+      out.push(Decoration.widget({ widget: new PictureWidget(picture), block: true, side: 1 }).range(line.to));
+    }
+  }
+}
+
+function allPictures(state) {
+  const ranges = [];
+  picturesIn(state, 1, state.doc.lines, ranges);
+  return Decoration.set(ranges);
+}
+
+const pictureTheme = EditorView.baseTheme({
+  ".cm-picture": { padding: "6px 0" },
+  ".cm-picture img": { display: "block", maxWidth: "100%", maxHeight: "60vh", objectFit: "contain" },
+  ".cm-picture-mark": {
+    display: "inline-block",
+    padding: "2px 8px",
+    border: "1px dashed currentColor",
+    borderRadius: "4px",
+    fontSize: "85%",
+    opacity: "0.7",
+  },
+});
+
+const pictureField = StateField.define({
+  create: allPictures,
+  update(set, tr) {
+    const moved =
+      tr.startState.facet(pictureFolder) !== tr.state.facet(pictureFolder) ||
+      tr.startState.facet(pictureDocument) !== tr.state.facet(pictureDocument);
+    if (moved) return allPictures(tr.state);
+    if (!tr.docChanged) return set;
+    // Only the lines a change touched are read again.
+    set = set.map(tr.changes);
+    tr.changes.iterChangedRanges((_fromA, _toA, fromB, toB) => {
+      const first = tr.state.doc.lineAt(fromB);
+      const last = tr.state.doc.lineAt(toB);
+      const added = [];
+      picturesIn(tr.state, first.number, last.number, added);
+      set = set.update({ filter: (from) => from < first.from || from > last.to, filterFrom: first.from, filterTo: last.to, add: added });
+    });
+    return set;
+  },
+  provide: (field) => EditorView.decorations.from(field),
+});
+
+export const pictures = [pictureField, pictureTheme];
