@@ -1,6 +1,7 @@
 // Measures the editor page in Chromium: time from setContent to the first painted frame for 1 MB
-// and 10 MB documents, and the time per typed key (transaction, listeners, and the next frame)
-// in the 10 MB one. Prints medians; asserts nothing.
+// and 10 MB documents, the time per typed key (transaction, listeners, and the next frame) in the
+// 10 MB one, and in a 1 MB document with 2,000 pictures the time per key and per frame while
+// scrolling. Prints medians; asserts nothing.
 import { readFileSync, readdirSync, statSync } from "node:fs";
 import { join } from "node:path";
 import { launch, openEditor } from "../test/browser/page.mjs";
@@ -85,5 +86,42 @@ for (const [label, where, settleMs] of [["near the top", 0.001, 100], ["in the m
       `painted in ${median(keys.times).toFixed(1)} ms (worst ${Math.max(...keys.times).toFixed(1)}), medians per key`,
   );
 }
+
+// 2,000 picture lines among 1 MB of prose, the pictures real files in a folder.
+const { mkdtempSync, mkdirSync, writeFileSync, rmSync } = await import("node:fs");
+const { tmpdir } = await import("node:os");
+const folder = mkdtempSync(`${tmpdir()}/pagewell-bench-pictures-`);
+mkdirSync(`${folder}/img`);
+const png = Buffer.from("iVBORw0KGgoAAAANSUhEUgAAAAIAAAABCAIAAAB7QOjdAAAAEElEQVR4nGP4z8DAwMDAAAAN/QH/ZtN3bgAAAABJRU5ErkJggg==", "base64");
+for (let i = 0; i < 50; i++) writeFileSync(`${folder}/img/p${i}.png`, png);
+const prose = sample(1_000_000, process.argv[2]).split("\n");
+const step = Math.floor(prose.length / 2000);
+const lines = [];
+prose.forEach((line, i) => {
+  lines.push(line);
+  if (i % step === 0) lines.push("", `![figure ${i}](img/p${i % 50}.png)`, "");
+});
+await page.evaluate(([f, t]) => (window.Pagewell.setFolder(f), window.Pagewell.setContent(t, `${f}/doc.md`)), [folder, lines.join("\n")]);
+const pictureKeys = await typeAt(0.5, 500);
+const frames = await page.evaluate(async () => {
+  const scroller = window.__pagewellEditor.view.scrollDOM;
+  const gaps = [];
+  let last = performance.now();
+  for (let i = 0; i < 240; i++) {
+    scroller.scrollTop += 120;
+    await new Promise((done) => requestAnimationFrame(done));
+    const now = performance.now();
+    gaps.push(now - last);
+    last = now;
+  }
+  return { gaps, pictures: document.querySelectorAll(".cm-picture img").length };
+});
+const sorted = frames.gaps.slice().sort((a, b) => a - b);
+console.log(
+  `1 MB with 2,000 pictures: typing painted in ${median(pictureKeys.times).toFixed(1)} ms per key (worst ${Math.max(...pictureKeys.times).toFixed(1)}); ` +
+    `scrolling 120 px a frame: median frame ${median(frames.gaps).toFixed(1)} ms, 95th percentile ${sorted[Math.floor(sorted.length * 0.95)].toFixed(1)} ms, ` +
+    `${frames.pictures} pictures in the page at the end`,
+);
+rmSync(folder, { recursive: true, force: true });
 await editor.close();
 await browser.close();

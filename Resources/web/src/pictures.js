@@ -122,24 +122,25 @@ function insideCode(state, pos) {
   return false;
 }
 
-// The pictures of lines `from` to `to` (line numbers, inclusive).
-function picturesIn(state, from, to, out) {
-  const folder = state.facet(pictureFolder);
-  const documentPath = state.facet(pictureDocument);
-  for (let n = from; n <= to; n++) {
-    const line = state.doc.line(n);
-    const first = line.text.trimStart()[0];
-    if (first !== "!" && first !== "<") continue;
-    const picture = pictureOf(line.text, documentPath, folder);
-    if (picture && !insideCode(state, line.from)) {
-      out.push(Decoration.widget({ widget: new PictureWidget(picture), block: true, side: 1 }).range(line.to));
-    }
-  }
+// The picture decoration for the line `text` starting at `from`, or null. Most lines start
+// with neither "!" nor "<" and are passed at once.
+function pictureLine(state, text, from) {
+  let i = 0;
+  while (text.charCodeAt(i) === 32) i++;
+  if (text[i] !== "!" && text[i] !== "<") return null;
+  const picture = pictureOf(text, state.facet(pictureDocument), state.facet(pictureFolder));
+  if (!picture || insideCode(state, from)) return null;
+  return Decoration.widget({ widget: new PictureWidget(picture), block: true, side: 1 }).range(from + text.length);
 }
 
 function allPictures(state) {
   const ranges = [];
-  picturesIn(state, 1, state.doc.lines, ranges);
+  let from = 0;
+  for (const lines = state.doc.iterLines(); !lines.next().done; ) {
+    const range = pictureLine(state, lines.value, from);
+    if (range) ranges.push(range);
+    from += lines.value.length + 1;
+  }
   return Decoration.set(ranges);
 }
 
@@ -170,7 +171,11 @@ const pictureField = StateField.define({
       const first = tr.state.doc.lineAt(fromB);
       const last = tr.state.doc.lineAt(toB);
       const added = [];
-      picturesIn(tr.state, first.number, last.number, added);
+      for (let n = first.number; n <= last.number; n++) {
+        const line = tr.state.doc.line(n);
+        const range = pictureLine(tr.state, line.text, line.from);
+        if (range) added.push(range);
+      }
       set = set.update({ filter: (from) => from < first.from || from > last.to, filterFrom: first.from, filterTo: last.to, add: added });
     });
     return set;
