@@ -23,7 +23,7 @@ import { frontMatter } from "./frontMatter.js";
 import { frenchPhrases } from "./phrases.js";
 import { wrapSelectionInMarkers } from "./emphasis.js";
 import { completeOutline, outlineComplete, outlineField, outlineParser, slugify, withIds } from "./outline.js";
-import { linkAt } from "./links.js";
+import { linkAt, linkTooltip } from "./links.js";
 import { pictureDocument, pictureFolder, pictures } from "./pictures.js";
 import { detectLineSeparator, normalizeLineBreaks, splitByteOrderMark } from "./lineBreaks.js";
 import { lineChange } from "./lineChange.js";
@@ -167,6 +167,7 @@ export function createEditor(parent, { post }) {
     outlineParser,
     poster,
     pictures,
+    linkTooltip,
     folderSetting.of(pictureFolder.of(folder)),
   ];
 

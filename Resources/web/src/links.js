@@ -2,6 +2,8 @@
 // address goes to the desktop's browser through the host, and any other target goes to the host
 // as written, which finds the document in the folder.
 import { syntaxTree } from "@codemirror/language";
+import { EditorView, hoverTooltip } from "@codemirror/view";
+import { pictureDocument, pictureFolder } from "./pictures.js";
 
 const ADDRESS = /\bhttps?:\/\/[^\s<>()[\]`"']+/g;
 // Punctuation that ends a sentence rather than the address.
@@ -37,3 +39,52 @@ export function linkAt(state, pos) {
   const address = addressAt(line.text, at);
   return address ? { address } : null;
 }
+
+// Where the link `target` (as written) leads, as a reader would like to see it: a path from the
+// open folder, or the name a wiki link gives.
+export function destination(target, documentPath, folder) {
+  const wiki = /^\[\[([^\]|]+)(?:\|[^\]]*)?\]\]$/.exec(target);
+  if (wiki) return wiki[1].trim();
+  let written = target.replace(/^<|>$/g, "");
+  const hash = written.indexOf("#");
+  const fragment = hash < 0 ? "" : written.slice(hash);
+  written = (hash < 0 ? written : written.slice(0, hash)).replace(/\?.*$/, "");
+  if (!written) return fragment;
+  let path;
+  try {
+    path = decodeURI(written);
+  } catch {
+    path = written;
+  }
+  const here = documentPath.slice(0, documentPath.lastIndexOf("/"));
+  const parts = [];
+  for (const part of (path.startsWith("/") ? path : `${here}/${path}`).split("/")) {
+    if (part === "..") parts.pop();
+    else if (part && part !== ".") parts.push(part);
+  }
+  const full = "/" + parts.join("/");
+  const inside = folder && full.startsWith(folder + "/");
+  return (inside ? full.slice(folder.length + 1) : full) + fragment;
+}
+
+// After half a second over a link, where it leads.
+const linkHover = hoverTooltip(
+  (view, pos) => {
+    const link = linkAt(view.state, pos);
+    if (!link) return null;
+    const text = link.address ?? destination(link.target, view.state.facet(pictureDocument), view.state.facet(pictureFolder));
+    return {
+      pos,
+      above: true,
+      create() {
+        const dom = document.createElement("div");
+        dom.className = "cm-link-tooltip";
+        dom.textContent = text;
+        return { dom };
+      },
+    };
+  },
+  { hoverTime: 500 },
+);
+
+export const linkTooltip = [linkHover, EditorView.baseTheme({ ".cm-link-tooltip": { padding: "2px 6px", fontSize: "85%" } })];

@@ -306,6 +306,11 @@ test("Ctrl+click and Ctrl+Enter on a link ask the host to follow it; a heading n
       { type: "openLink", target: "guide/install.md#linux", path: "/w/a.md" },
       { type: "openLink", target: "[[Notes|les notes]]", path: "/w/a.md" },
     ]);
+    // Half a second over a link shows where it leads.
+    await page.evaluate(() => window.Pagewell.setFolder("/w"));
+    await page.hover("text=le guide");
+    await page.waitForSelector(".cm-link-tooltip", { timeout: 3000 });
+    assert.equal(await page.textContent(".cm-link-tooltip"), "guide/install.md#linux");
     // Ctrl+Enter away from a link is the editor's own: a new line.
     await page.keyboard.press("Control+Home");
     await page.keyboard.press("Control+Enter");
