@@ -8,7 +8,6 @@
 #include <QFileInfo>
 #include <QFileOpenEvent>
 #include <QMouseEvent>
-#include <QMouseEvent>
 #include <QTimer>
 #include <QWindow>
 

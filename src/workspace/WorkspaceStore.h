@@ -158,6 +158,7 @@ public:
     // Asks the editor page to scroll to a heading, or to insert text at the caret. Only
     // receivers connected at that moment get the value.
     Q_INVOKABLE void requestHeadingScroll(const QString &headingId);
+    Q_INVOKABLE void requestSnippetInsert(const QString &snippet);
 
     // The documents opened in this window, in order, whatever opened them: "Précédent" and
     // "Suivant" go back and forth over them, each shown where it was left. Opening a document
@@ -166,7 +167,6 @@ public:
     bool canGoForward() const { return m_historyIndex + 1 < m_history.size(); }
     Q_INVOKABLE void goBack() { travel(-1); }
     Q_INVOKABLE void goForward() { travel(1); }
-    Q_INVOKABLE void requestSnippetInsert(const QString &snippet);
 
     // The answers of the bar above the editor. "Rétablir" takes the offered draft (modified, not
     // written); "Ignorer" deletes it; "Recharger" reads the file again, the edits staying as a
