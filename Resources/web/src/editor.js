@@ -25,6 +25,7 @@ import { wrapSelectionInMarkers } from "./emphasis.js";
 import { completeOutline, outlineComplete, outlineField, outlineParser, slugify, withIds } from "./outline.js";
 import { linkAt, linkTooltip } from "./links.js";
 import { pictureDocument, pictureFolder, pictures } from "./pictures.js";
+import { tableGrids } from "./tables.js";
 import { detectLineSeparator, normalizeLineBreaks, splitByteOrderMark } from "./lineBreaks.js";
 import { lineChange } from "./lineChange.js";
 
@@ -167,6 +168,7 @@ export function createEditor(parent, { post }) {
     outlineParser,
     poster,
     pictures,
+    tableGrids,
     linkTooltip,
     folderSetting.of(pictureFolder.of(folder)),
   ];

@@ -389,3 +389,28 @@ test("pictures show under their line, from the open folder only, never fetched f
     rmSync(folder, { recursive: true, force: true });
   }
 });
+
+test("a table away from the caret is a grid; the caret reaching it shows its source", async () => {
+  await withEditor(async ({ page }) => {
+    const text = "Avant\n\n| Nom | Prix |\n|:----|-----:|\n| **Pain** | 2 |\n| Lait | 1,5 |\n\nAprès";
+    await page.evaluate((t) => window.Pagewell.setContent(t, "/w/t.md"), text);
+    await settle(page);
+    const grid = () => page.$$eval("table.cm-table-grid tr", (rows) => rows.map((r) => [...r.cells].map((c) => `${c.textContent}:${c.style.textAlign}`)));
+    assert.deepEqual(await grid(), [["Nom:left", "Prix:right"], ["Pain:left", "2:right"], ["Lait:left", "1,5:right"]]);
+    // Arrow down from the line above arrives in it: the source shows.
+    await page.click("text=Avant");
+    await page.keyboard.press("ArrowDown");
+    await page.keyboard.press("ArrowDown");
+    await settle(page);
+    assert.deepEqual(await grid(), []);
+    assert.ok(await page.isVisible("text=| **Pain** | 2 |"));
+    // Away again: the grid; a click on it: the source, the caret in it.
+    await page.click("text=Après");
+    await settle(page);
+    assert.equal((await grid()).length, 3);
+    await page.click("table.cm-table-grid");
+    await settle(page);
+    assert.deepEqual(await grid(), []);
+    assert.equal(await page.evaluate(() => window.__pagewellEditor.view.state.doc.toString()), text);
+  });
+});
