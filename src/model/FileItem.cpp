@@ -2,6 +2,8 @@
 
 #include "FileUrl.h"
 
+#include <algorithm>
+
 FileItem::FileItem(const QString &id, const QUrl &url, const QString &name, bool isDirectory,
                    std::optional<QList<FileItem>> children)
     : m_id(id), m_name(name), m_url(url), m_isDirectory(isDirectory)
@@ -116,4 +118,22 @@ size_t qHash(const FileItem &item, size_t seed) noexcept
             seed = combine(seed, qHash(child, 0));
     }
     return seed;
+}
+
+const FileItem *FileItem::descendant(QStringView path) const
+{
+    if (path == m_id)
+        return this;
+    if (path.size() <= m_id.size() + 1 || !path.startsWith(m_id) || path[m_id.size()] != u'/')
+        return nullptr;
+    const FileItem *node = this;
+    for (const QStringView name : path.mid(m_id.size() + 1).split(u'/')) {
+        const auto found
+            = std::find_if(node->m_children.begin(), node->m_children.end(),
+                           [name](const FileItem &child) { return child.name() == name; });
+        if (found == node->m_children.end())
+            return nullptr;
+        node = &*found;
+    }
+    return node;
 }

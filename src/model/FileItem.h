@@ -42,6 +42,10 @@ public:
     const QList<FileItem> &children() const { return m_children; }
     void setChildren(std::optional<QList<FileItem>> children);
 
+    // The node at `path` below this one (this one for its own path), looked up along the path
+    // rather than by walking the tree; null when the tree holds none.
+    const FileItem *descendant(QStringView path) const;
+
     bool isMarkdown() const;
     bool isSvgOrDiagram() const;
     int markdownFileCount() const;

@@ -12,29 +12,6 @@ namespace LinkResolver {
 
 namespace {
 
-// The node at `path` in the tree, walking down one name at a time.
-const FileItem *find(const FileItem &root, const QString &path)
-{
-    if (path == root.id())
-        return &root;
-    if (!path.startsWith(root.id() + u'/'))
-        return nullptr;
-    const FileItem *node = &root;
-    for (const QStringView name : QStringView(path).mid(root.id().size() + 1).split(u'/')) {
-        const FileItem *next = nullptr;
-        for (const FileItem &child : node->children()) {
-            if (child.name() == name) {
-                next = &child;
-                break;
-            }
-        }
-        if (!next)
-            return nullptr;
-        node = next;
-    }
-    return node;
-}
-
 bool isDocument(const FileItem *node)
 {
     return node && !node->isDirectory() && node->isMarkdown();
@@ -138,7 +115,7 @@ std::optional<Target> resolve(const QString &target, const QString &fromPath, co
     for (const QString &candidate : std::as_const(candidates)) {
         for (const char16_t *extension : {u"", u".md", u".markdown", u".mdown"}) {
             const QString file = candidate + QStringView(extension);
-            if (isDocument(find(root, file)))
+            if (isDocument(root.descendant(file)))
                 return Target {file, fragment};
         }
     }

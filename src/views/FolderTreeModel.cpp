@@ -222,26 +222,8 @@ namespace {
 // must not walk all of it to keep a few expanded folders.
 bool holdsFolder(const FileItem &root, const QString &id)
 {
-    const qsizetype rootLength = root.id().size();
-    if (id.size() <= rootLength + 1 || !id.startsWith(root.id()) || id[rootLength] != u'/')
-        return false;
-    const FileItem *node = &root;
-    qsizetype start = rootLength + 1;
-    for (;;) {
-        const qsizetype slash = id.indexOf(u'/', start);
-        const QStringView name = QStringView(id).mid(start, slash < 0 ? -1 : slash - start);
-        const QList<FileItem> &children = node->children();
-        const auto found
-            = std::find_if(children.begin(), children.end(), [name](const FileItem &c) {
-                  return c.isDirectory() && c.name() == name;
-              });
-        if (found == children.end())
-            return false;
-        if (slash < 0)
-            return true;
-        node = &*found;
-        start = slash + 1;
-    }
+    const FileItem *node = root.descendant(id);
+    return node && node != &root && node->isDirectory();
 }
 
 } // namespace

@@ -9,7 +9,6 @@
 #include <QFileOpenEvent>
 #include <QGuiApplication>
 #include <QMouseEvent>
-#include <QMouseEvent>
 #include <QSignalSpy>
 #include <QTcpServer>
 #include <QTcpSocket>

@@ -186,20 +186,6 @@ private Q_SLOTS:
                  QString::fromUtf8(text + "Z"));
     }
 
-    void crlfAndByteOrderMarkSurviveAnEdit()
-    {
-        const QString root = folder({u"crlf.md"_s});
-        const QByteArray bytes("\xEF\xBB\xBF# Titre\r\n\r\nligne\r\n");
-        writeFile(root + u"/crlf.md"_s, bytes);
-        store()->openFile(QUrl::fromLocalFile(root + u"/crlf.md"_s));
-        QTRY_COMPARE_WITH_TIMEOUT(pageText(), u"# Titre\n\nligne\n"_s, 10000);
-        type(u"fin"_s);
-        QTRY_VERIFY_WITH_TIMEOUT(store()->currentDocument()->isDirty, 5000);
-        pressInPage("s", true);
-        QTRY_VERIFY_WITH_TIMEOUT(!store()->currentDocument()->isDirty, 5000);
-        QCOMPARE(readFile(root + u"/crlf.md"_s), bytes + "fin");
-    }
-
     void undoStaysWithItsDocument()
     {
         const QString root = folder({u"one.md"_s, u"two.md"_s});

@@ -3,7 +3,7 @@
 // as written, which finds the document in the folder.
 import { syntaxTree } from "@codemirror/language";
 import { EditorView, hoverTooltip } from "@codemirror/view";
-import { pictureDocument, pictureFolder } from "./pictures.js";
+import { decode, normalize, pictureDocument, pictureFolder } from "./pictures.js";
 
 const ADDRESS = /\bhttps?:\/\/[^\s<>()[\]`"']+/g;
 // Punctuation that ends a sentence rather than the address.
@@ -50,19 +50,9 @@ export function destination(target, documentPath, folder) {
   const fragment = hash < 0 ? "" : written.slice(hash);
   written = (hash < 0 ? written : written.slice(0, hash)).replace(/\?.*$/, "");
   if (!written) return fragment;
-  let path;
-  try {
-    path = decodeURI(written);
-  } catch {
-    path = written;
-  }
   const here = documentPath.slice(0, documentPath.lastIndexOf("/"));
-  const parts = [];
-  for (const part of (path.startsWith("/") ? path : `${here}/${path}`).split("/")) {
-    if (part === "..") parts.pop();
-    else if (part && part !== ".") parts.push(part);
-  }
-  const full = "/" + parts.join("/");
+  const path = decode(written);
+  const full = normalize(path.startsWith("/") ? path : `${here}/${path}`) ?? path;
   const inside = folder && full.startsWith(folder + "/");
   return (inside ? full.slice(folder.length + 1) : full) + fragment;
 }

@@ -112,13 +112,13 @@ function collect(doc, node, out) {
   }
 }
 
-// The index of the first heading starting at or after `pos`.
-function firstFrom(headings, pos) {
+// The index of the first heading whose start, as `at` gives it, is `pos` or later.
+function firstFrom(headings, pos, at = (h) => h.from) {
   let low = 0;
   let high = headings.length;
   while (low < high) {
     const mid = (low + high) >> 1;
-    if (headings[mid].from < pos) low = mid + 1;
+    if (at(headings[mid]) < pos) low = mid + 1;
     else high = mid;
   }
   return low;
@@ -133,18 +133,6 @@ export function fromTree(doc, tree) {
   const headings = [];
   for (let block = tree.topNode.firstChild; block; block = block.nextSibling) collect(doc, block, headings);
   return { headings, covered: tree.length, changed: true };
-}
-
-// The index of the first old heading that `changes` map to `pos` or later.
-function firstMappedFrom(headings, changes, pos) {
-  let low = 0;
-  let high = headings.length;
-  while (low < high) {
-    const mid = (low + high) >> 1;
-    if (changes.mapPos(headings[mid].from, 1) < pos) low = mid + 1;
-    else high = mid;
-  }
-  return low;
 }
 
 // The outline after `changes` (possibly empty) turned the old document, whose tree was `oldTree`,
@@ -188,7 +176,7 @@ function updated(old, oldTree, doc, tree, changes) {
   }
   // Not met again: the old headings past the new tree's end stand in until the parse gets there.
   const covered = resumed >= 0 ? changes.newLength : tree.length;
-  if (resumed < 0) resumed = firstMappedFrom(old.headings, changes, tree.length);
+  if (resumed < 0) resumed = firstFrom(old.headings, tree.length, (h) => changes.mapPos(h.from, 1));
   const changed = headings.length !== resumed || !sameOutline(headings.slice(keptCount), old.headings.slice(keptCount, resumed));
   for (let i = resumed; i < old.headings.length; i++) {
     const h = old.headings[i];

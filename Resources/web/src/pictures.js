@@ -17,7 +17,7 @@ const HTML = /^ {0,3}<img\b[^>]*?\bsrc\s*=\s*(?:"([^"]*)"|'([^']*)')[^>]*>\s*$/i
 const ALT = /\balt\s*=\s*(?:"([^"]*)"|'([^']*)')/i;
 const PICTURE = /\.(png|jpe?g|gif|webp|svg)$/i;
 
-function decode(text) {
+export function decode(text) {
   try {
     return decodeURI(text);
   } catch {
@@ -26,7 +26,7 @@ function decode(text) {
 }
 
 // Folders of a path, with "." and ".." worked out; null when ".." climbs above the top.
-function normalize(path) {
+export function normalize(path) {
   const parts = [];
   for (const part of path.split("/")) {
     if (part === "" || part === ".") continue;
