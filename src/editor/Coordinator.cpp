@@ -16,12 +16,21 @@
 
 using namespace Qt::StringLiterals;
 
-Coordinator::Coordinator(QObject *parent) : QObject(parent) { }
+Coordinator::Coordinator(QObject *parent) : QObject(parent)
+{
+    connect(&m_linkFacts, &LinkFacts::factsChanged, this,
+            [this](const QJsonObject &facts, const QString &documentPath) {
+                if (m_pageLoaded)
+                    Q_EMIT scriptRequested(EditorScripts::linkFactsCall(facts, documentPath),
+                                           false);
+            });
+}
 
 void Coordinator::setStore(WorkspaceStore *store)
 {
     if (!rebindStore(m_store, store, this))
         return;
+    m_linkFacts.setStore(store);
     if (store) {
         connect(store, &WorkspaceStore::currentDocumentChanged, this, &Coordinator::update);
         // The two request channels: each value is one call, sent once.
@@ -157,6 +166,7 @@ void Coordinator::navigationFinished()
     // already recorded by the update step, which sends no second theme call.
     const bool dark = m_parentIsDark.value_or(m_isDark);
     m_pageLoaded = true;
+    m_linkFacts.resend();
     if (m_store && !m_store->rootURL().isEmpty())
         Q_EMIT scriptRequested(EditorScripts::folderCall(FileUrl::path(m_store->rootURL())), false);
     const std::optional<EditorDocument> &document

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "EditorBridge.h"
+#include "LinkFacts.h"
 #include "workspace/WorkspaceStore.h"
 
 #include <QObject>
@@ -13,9 +14,10 @@
 
 #include <optional>
 
-// Carries text, theme, headings, snippets and saves between the editor page and the store. It
-// decides every call and reads every message; the view around the web page only evaluates the
-// scripts it asks for, and reports the end of loading and the page's messages.
+// Carries text, theme, headings, snippets, saves, and what the folder says of the document's links
+// and pictures, between the editor page and the store. It decides every call and reads every
+// message; the view around the web page only evaluates the scripts it asks for, and reports the
+// end of loading and the page's messages.
 class Coordinator : public QObject, public QQmlParserStatus
 {
     Q_OBJECT
@@ -104,4 +106,5 @@ private:
     // page back by half a second.
     bool m_pageLoaded = false;
     mutable std::optional<QUrl> m_pageUrl;
+    LinkFacts m_linkFacts;
 };

@@ -1,5 +1,7 @@
 #include "EditorScripts.h"
 
+#include <QJsonDocument>
+
 using namespace Qt::StringLiterals;
 
 namespace EditorScripts {
@@ -93,6 +95,14 @@ QString positionCall()
 QString folderCall(const QString &folderPath)
 {
     return u"window.Pagewell && window.Pagewell.setFolder("_s + quoted(folderPath) + u");"_s;
+}
+
+QString linkFactsCall(const QJsonObject &facts, const QString &documentPath)
+{
+    // JSON is a script expression as it stands.
+    return u"window.Pagewell && window.Pagewell.setLinkFacts("_s
+        + QString::fromUtf8(QJsonDocument(facts).toJson(QJsonDocument::Compact)) + u", "_s
+        + quoted(documentPath) + u");"_s;
 }
 
 QString focusCall()

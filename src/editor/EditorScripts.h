@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QJsonObject>
 #include <QString>
 
 // The script calls the native side sends to the editor page's `window.Pagewell`. Each begins with
@@ -32,5 +33,7 @@ QString scrollCall(const QString &headingId);
 QString positionCall();
 // The open folder, the only place pictures are shown from.
 QString folderCall(const QString &folderPath);
+// What the host found about the links and pictures of the document at `documentPath`.
+QString linkFactsCall(const QJsonObject &facts, const QString &documentPath);
 
 } // namespace EditorScripts

@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QRegularExpression>
+#include <QSet>
 #include <QUrl>
 
 #include <limits>
@@ -35,33 +36,36 @@ int distance(const QString &from, const QString &to)
     return int(a.size() - common + b.size() - common);
 }
 
-void collectNamed(const FileItem &folder, const QString &name, QList<const FileItem *> &out)
+bool isPictureName(const QString &name)
+{
+    static const QRegularExpression picture(u"\\.(png|jpe?g|gif|webp|svg)$"_s,
+                                            QRegularExpression::CaseInsensitiveOption);
+    return picture.match(name).hasMatch();
+}
+
+// The files below `folder` whose name, without case, `matches`.
+template<typename Matches>
+void collect(const FileItem &folder, const Matches &matches, QList<const FileItem *> &out)
 {
     for (const FileItem &child : folder.children()) {
         if (child.isDirectory())
-            collectNamed(child, name, out);
-        else if (child.name().startsWith(name, Qt::CaseInsensitive) && child.isMarkdown()
-                 && withoutExtension(child.name()).compare(name, Qt::CaseInsensitive) == 0)
+            collect(child, matches, out);
+        else if (matches(child))
             out.append(&child);
     }
 }
 
-std::optional<Target> resolveWiki(QString inner, const QString &fromPath, const FileItem &root)
+// Of the files `named`, the one nearest to the folder of `fromPath`, then the one with the
+// shortest path. A name written with folders ("guide/install") must end the file's path.
+const FileItem *nearest(const QList<const FileItem *> &named, const QString &written,
+                        const QString &fromPath, bool dropExtension)
 {
-    inner = inner.section(u'|', 0, 0);
-    const QString fragment = inner.section(u'#', 1);
-    const QString name = withoutExtension(inner.section(u'#', 0, 0).trimmed());
-    if (name.isEmpty())
-        return Target {fromPath, fragment};
-    QList<const FileItem *> named;
-    collectNamed(root, name.section(u'/', -1), named);
     const QString here = fromPath.section(u'/', 0, -2);
     const FileItem *best = nullptr;
     int bestDistance = std::numeric_limits<int>::max();
     for (const FileItem *candidate : named) {
-        // A name with folders, [[guide/install]], must end the candidate's path.
-        if (name.contains(u'/')
-            && !withoutExtension(candidate->id()).endsWith(u'/' + name, Qt::CaseInsensitive))
+        const QString path = dropExtension ? withoutExtension(candidate->id()) : candidate->id();
+        if (written.contains(u'/') && !path.endsWith(u'/' + written, Qt::CaseInsensitive))
             continue;
         const int d = distance(here, candidate->id().section(u'/', 0, -2));
         if (!best || d < bestDistance
@@ -73,44 +77,98 @@ std::optional<Target> resolveWiki(QString inner, const QString &fromPath, const 
             bestDistance = d;
         }
     }
+    return best;
+}
+
+std::optional<Target> resolveWiki(QString inner, const QString &fromPath, const FileItem &root,
+                                  const NameIndex *names)
+{
+    inner = inner.section(u'|', 0, 0);
+    const QString fragment = inner.section(u'#', 1);
+    const QString name = withoutExtension(inner.section(u'#', 0, 0).trimmed());
+    if (name.isEmpty())
+        return Target {fromPath, fragment};
+    const QString base = name.section(u'/', -1);
+    QList<const FileItem *> named;
+    if (names) {
+        for (const char16_t *extension : {u".md", u".markdown", u".mdown"})
+            named += names->named(base + QStringView(extension));
+    } else {
+        collect(
+            root,
+            [&base](const FileItem &file) {
+                return file.name().startsWith(base, Qt::CaseInsensitive) && file.isMarkdown()
+                    && withoutExtension(file.name()).compare(base, Qt::CaseInsensitive) == 0;
+            },
+            named);
+    }
+    const FileItem *best = nearest(named, name, fromPath, true);
     if (!best)
         return std::nullopt;
     return Target {best->id(), fragment};
 }
 
-} // namespace
-
-std::optional<Target> resolve(const QString &target, const QString &fromPath, const FileItem &root)
+// A path as written in a link or a picture: without <...>, "file:", query and fragment, decoded.
+// Nothing for a web address.
+std::optional<QString> writtenPath(QString written, QString *fragment = nullptr)
 {
-    QString written = target.trimmed();
-    if (written.startsWith(u"[["_s) && written.endsWith(u"]]"_s))
-        return resolveWiki(written.mid(2, written.size() - 4), fromPath, root);
     if (written.startsWith(u'<') && written.endsWith(u'>'))
         written = written.mid(1, written.size() - 2);
-    // A scheme ("https:", "mailto:") is a web address, not a document; "file:" is a path.
-    static const QRegularExpression scheme(u"^[A-Za-z][A-Za-z0-9+.-]*:"_s);
     if (written.startsWith(u"file:"_s, Qt::CaseInsensitive))
         written = QUrl(written).path();
-    else if (scheme.match(written).hasMatch())
+    else if (isWebAddress(written))
         return std::nullopt;
-
     const qsizetype hash = written.indexOf(u'#');
-    const QString fragment
-        = hash < 0 ? QString() : QUrl::fromPercentEncoding(written.mid(hash + 1).toUtf8());
+    if (fragment)
+        *fragment
+            = hash < 0 ? QString() : QUrl::fromPercentEncoding(written.mid(hash + 1).toUtf8());
     QString path = written.left(hash < 0 ? written.size() : hash);
     path = path.left(path.indexOf(u'?') < 0 ? path.size() : path.indexOf(u'?'));
-    path = QUrl::fromPercentEncoding(path.toUtf8());
-    if (path.isEmpty())
+    return QUrl::fromPercentEncoding(path.toUtf8());
+}
+
+} // namespace
+
+NameIndex::NameIndex(const FileItem &root)
+{
+    QList<const FileItem *> files;
+    collect(
+        root, [](const FileItem &) { return true; }, files);
+    for (const FileItem *file : std::as_const(files))
+        m_files[file->name().toCaseFolded()].append(file);
+}
+
+QList<const FileItem *> NameIndex::named(const QString &name) const
+{
+    return m_files.value(name.toCaseFolded());
+}
+
+bool isWebAddress(const QString &target)
+{
+    static const QRegularExpression scheme(u"^[A-Za-z][A-Za-z0-9+.-]*:"_s);
+    return !target.startsWith(u"file:"_s, Qt::CaseInsensitive) && scheme.match(target).hasMatch();
+}
+
+std::optional<Target> resolve(const QString &target, const QString &fromPath, const FileItem &root,
+                              const NameIndex *names)
+{
+    const QString written = target.trimmed();
+    if (written.startsWith(u"[["_s) && written.endsWith(u"]]"_s))
+        return resolveWiki(written.mid(2, written.size() - 4), fromPath, root, names);
+    QString fragment;
+    const std::optional<QString> path = writtenPath(written, &fragment);
+    if (!path)
+        return std::nullopt;
+    if (path->isEmpty())
         return Target {fromPath, fragment};
 
     QStringList candidates;
-    const QString folder = fromPath.section(u'/', 0, -2);
-    if (path.startsWith(u'/')) {
+    if (path->startsWith(u'/')) {
         // An absolute path inside the folder, else a path from the folder's root.
-        candidates.append(QDir::cleanPath(path));
-        candidates.append(QDir::cleanPath(root.id() + path));
+        candidates.append(QDir::cleanPath(*path));
+        candidates.append(QDir::cleanPath(root.id() + *path));
     } else {
-        candidates.append(QDir::cleanPath(folder + u'/' + path));
+        candidates.append(QDir::cleanPath(fromPath.section(u'/', 0, -2) + u'/' + *path));
     }
     for (const QString &candidate : std::as_const(candidates)) {
         for (const char16_t *extension : {u"", u".md", u".markdown", u".mdown"}) {
@@ -120,6 +178,109 @@ std::optional<Target> resolve(const QString &target, const QString &fromPath, co
         }
     }
     return std::nullopt;
+}
+
+std::optional<QString> resolvePicture(const QString &source, const QString &fromPath,
+                                      const FileItem &root, const NameIndex *names)
+{
+    const auto isPicture = [](const FileItem *node) {
+        return node && !node->isDirectory() && isPictureName(node->name());
+    };
+    const QString written = source.trimmed();
+    if (written.startsWith(u"[["_s) && written.endsWith(u"]]"_s)) {
+        const QString name = written.mid(2, written.size() - 4).section(u'|', 0, 0).trimmed();
+        // A path first, as a picture line with that path would show; else the file by its name.
+        const QString beside = QDir::cleanPath(fromPath.section(u'/', 0, -2) + u'/' + name);
+        if (beside.startsWith(root.id() + u'/') && isPicture(root.descendant(beside)))
+            return beside;
+        const QString base = name.section(u'/', -1);
+        QList<const FileItem *> named;
+        if (names)
+            named = names->named(base);
+        else
+            collect(
+                root,
+                [&base](const FileItem &file) {
+                    return file.name().compare(base, Qt::CaseInsensitive) == 0;
+                },
+                named);
+        named.removeIf([&](const FileItem *file) { return !isPicture(file); });
+        const FileItem *best = nearest(named, name, fromPath, false);
+        return best ? std::optional(best->id()) : std::nullopt;
+    }
+    const std::optional<QString> path = writtenPath(written);
+    if (!path || path->isEmpty())
+        return std::nullopt;
+    // An absolute path outside the folder is read from the folder's root, as the page does.
+    QString full = *path;
+    if (!full.startsWith(u'/'))
+        full = fromPath.section(u'/', 0, -2) + u'/' + full;
+    else if (!full.startsWith(root.id() + u'/'))
+        full = root.id() + full;
+    full = QDir::cleanPath(full);
+    if (!full.startsWith(root.id() + u'/') || !isPicture(root.descendant(full)))
+        return std::nullopt;
+    return full;
+}
+
+Written writtenIn(const QString &text)
+{
+    static const QRegularExpression markdownPicture(
+        uR"re(^ {0,3}!\[[^\]]*\]\(\s*(<[^>\n]*>|[^\s)]+)(?:\s+(?:"[^"]*"|'[^']*'))?\s*\)\s*$)re"_s);
+    static const QRegularExpression wikiPicture(
+        uR"re(^ {0,3}!\[\[([^\]|\n]+)(?:\|[^\]\n]*)?\]\]\s*$)re"_s);
+    static const QRegularExpression htmlPicture(
+        uR"re(^ {0,3}<img\b[^>]*?\bsrc\s*=\s*(?:"([^"]*)"|'([^']*)')[^>]*>\s*$)re"_s,
+        QRegularExpression::CaseInsensitiveOption);
+    static const QRegularExpression inlineLink(uR"re(\]\(\s*(<[^>\n]*>|[^\s)]+))re"_s);
+    static const QRegularExpression wikiLink(uR"re(\[\[[^\[\]\n]+\]\])re"_s);
+
+    Written written;
+    QSet<QString> seenLinks;
+    QSet<QString> seenPictures;
+    const auto add = [](QStringList &list, QSet<QString> &seen, const QString &value) {
+        if (!seen.contains(value)) {
+            seen.insert(value);
+            list.append(value);
+        }
+    };
+    for (const QStringView line : QStringView(text).tokenize(u'\n')) {
+        // Most lines hold no link at all, and pass without a pattern.
+        const bool linkish = line.contains(u"]("_s) || line.contains(u"[["_s);
+        if (!linkish && !line.contains(u"<img"_s, Qt::CaseInsensitive))
+            continue;
+        const QStringView trimmed = line.trimmed();
+        if (trimmed.startsWith(u'!') || trimmed.startsWith(u'<')) {
+            QRegularExpressionMatch match;
+            if ((match = markdownPicture.match(line)).hasMatch()) {
+                QString source = match.captured(1);
+                if (source.startsWith(u'<') && source.endsWith(u'>'))
+                    source = source.mid(1, source.size() - 2);
+                add(written.pictures, seenPictures, source);
+            } else if ((match = wikiPicture.match(line)).hasMatch()) {
+                add(written.pictures, seenPictures,
+                    u"[["_s + match.captured(1).trimmed() + u"]]"_s);
+            } else if ((match = htmlPicture.match(line)).hasMatch()) {
+                add(written.pictures, seenPictures,
+                    match.hasCaptured(1) ? match.captured(1) : match.captured(2));
+            }
+        }
+        if (!linkish)
+            continue;
+        for (const QRegularExpression *pattern : {&inlineLink, &wikiLink}) {
+            for (QRegularExpressionMatchIterator it = pattern->globalMatch(line); it.hasNext();) {
+                const QRegularExpressionMatch match = it.next();
+                const QString target = match.captured(match.lastCapturedIndex());
+                // Pictures are not links: "![[capture.png]]", "![schéma](img/flux.svg)".
+                const bool picture = pattern == &wikiLink
+                    ? match.capturedStart() > 0 && line.at(match.capturedStart() - 1) == u'!'
+                    : isPictureName(writtenPath(target).value_or(QString()));
+                if (!picture)
+                    add(written.links, seenLinks, target);
+            }
+        }
+    }
+    return written;
 }
 
 } // namespace LinkResolver

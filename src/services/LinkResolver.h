@@ -2,7 +2,10 @@
 
 #include "model/FileItem.h"
 
+#include <QHash>
+#include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -23,7 +26,40 @@ struct Target
     friend bool operator==(const Target &, const Target &) = default;
 };
 
+// The folder's files by name, without case: for the many lookups of one document's links at
+// once, where walking the tree for each would cost a walk per link.
+class NameIndex
+{
+public:
+    explicit NameIndex(const FileItem &root);
+    // The files named `name` (with its extension), in tree order.
+    QList<const FileItem *> named(const QString &name) const;
+
+private:
+    QHash<QString, QList<const FileItem *>> m_files;
+};
+
 // Nothing when the target is a web address, leaves the folder or names no document in it.
-std::optional<Target> resolve(const QString &target, const QString &fromPath, const FileItem &root);
+std::optional<Target> resolve(const QString &target, const QString &fromPath, const FileItem &root,
+                              const NameIndex *names = nullptr);
+
+// A scheme other than "file:" ("https:", "mailto:"): an address for the browser, not a file.
+bool isWebAddress(const QString &target);
+
+// The picture a picture line names, as the page writes it: a path ("img/flux.svg", "<a b.png>",
+// "/img/x.png" from the folder's root), or a wiki form "[[capture.png]]", which names a file of
+// the folder wherever it is, the nearest first. Nothing when it is missing or outside the folder.
+std::optional<QString> resolvePicture(const QString &source, const QString &fromPath,
+                                      const FileItem &root, const NameIndex *names = nullptr);
+
+// What a document's text points at, each written once and as written: the targets of its links
+// ("guide/install.md#linux", "<a b.md>", "[[Name|label]]") and the sources of its pictures
+// standing on lines of their own (as resolvePicture takes them).
+struct Written
+{
+    QStringList links;
+    QStringList pictures;
+};
+Written writtenIn(const QString &text);
 
 } // namespace LinkResolver

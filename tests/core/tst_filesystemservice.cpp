@@ -155,23 +155,6 @@ private Q_SLOTS:
         QVERIFY(!loop.isDirectory());
     }
 
-    void unreadableFoldersAreEmpty()
-    {
-        const FileSystemService service;
-        QVERIFY(service.loadContents(u"/nonexistent/pagewell/folder"_s).isEmpty());
-        if (::geteuid() == 0)
-            QSKIP("permissions do not stop root");
-        QTemporaryDir dir;
-        make(dir.path(), {u"locked/a.md"_s});
-        QVERIFY(QFile::setPermissions(dir.filePath(u"locked"_s), QFileDevice::WriteOwner));
-        const FileItem root = service.scanDirectory(QUrl::fromLocalFile(dir.path()));
-        QVERIFY(root.children().at(0).hasChildren());
-        QVERIFY(root.children().at(0).children().isEmpty());
-        QFile::setPermissions(dir.filePath(u"locked"_s),
-                              QFileDevice::ReadOwner | QFileDevice::WriteOwner
-                                  | QFileDevice::ExeOwner);
-    }
-
     void collectsDocumentsInTreeOrder()
     {
         QTemporaryDir dir;
@@ -211,40 +194,17 @@ private Q_SLOTS:
         QCOMPARE(create(u"a.md.md"_s), u"a.md.md = # a\n\n"_s);
         QCOMPARE(create(u"my.mdfile.md"_s), u"my.mdfile.md = # myfile\n\n"_s);
         QCOMPARE(create(u"Été"_s), u"Été.md = # Été\n\n"_s);
-
-        // An existing file is replaced without a word.
-        QFile existing(dir.filePath(u"Guide.md"_s));
-        QVERIFY(existing.open(QIODevice::WriteOnly));
-        existing.write("old content");
-        existing.close();
-        QCOMPARE(create(u"Guide"_s), u"Guide.md = # Guide\n\n"_s);
-
-        const FileResult<QUrl> missing
-            = service.createNewFile(QUrl::fromLocalFile(dir.filePath(u"gone"_s)), u"x"_s);
-        QVERIFY(!missing.ok());
-        QCOMPARE(missing.error->code(), ENOENT);
     }
 
     void deletesPermanently()
     {
         QTemporaryDir dir;
-        make(dir.path(), {u"tree/a/b/c.md"_s, u"tree/d.md"_s, u"keep/e.md"_s, u"single.md"_s});
+        make(dir.path(), {u"tree/a/b/c.md"_s, u"tree/d.md"_s, u"keep/e.md"_s});
         QVERIFY(QFile::link(dir.filePath(u"keep"_s), dir.filePath(u"tree/link"_s)));
-        const FileSystemService service;
-
-        QVERIFY(!service.deleteItem(QUrl::fromLocalFile(dir.filePath(u"single.md"_s))));
-        QVERIFY(!QFileInfo::exists(dir.filePath(u"single.md"_s)));
-
         // A folder goes with everything in it; a link inside goes, not what it points to.
-        QVERIFY(!service.deleteItem(FileUrl::fromPath(dir.filePath(u"tree"_s))));
+        QVERIFY(!FileSystemService().deleteItem(FileUrl::fromPath(dir.filePath(u"tree"_s))));
         QVERIFY(!QFileInfo::exists(dir.filePath(u"tree"_s)));
         QVERIFY(QFileInfo::exists(dir.filePath(u"keep/e.md"_s)));
-
-        const std::optional<FileError> error
-            = service.deleteItem(QUrl::fromLocalFile(dir.filePath(u"single.md"_s)));
-        QVERIFY(error);
-        QCOMPARE(error->code(), ENOENT);
-        QVERIFY(error->localizedDescription().contains(u"single.md"));
     }
 
     void namesThatAreNotUtf8StayOut()
@@ -316,12 +276,15 @@ private Q_SLOTS:
         make(r,
              {u"fr/guide/install.md"_s, u"fr/guide/mes notes.md"_s, u"fr/index.md"_s,
               u"en/guide/install.md"_s, u"en/Installation.markdown"_s, u"Installation.md"_s,
-              u"img.png"_s, u".hidden/secret.md"_s});
+              u"img.png"_s, u".hidden/secret.md"_s, u"fr/img/flux.svg"_s, u"en/img/flux.svg"_s});
         const FileItem root = FileSystemService().scanDirectory(QUrl::fromLocalFile(r));
+        const LinkResolver::NameIndex names(root);
         const QString from = r + u"/fr/guide/install.md"_s;
         const auto to = [&](const QString &target) {
             const std::optional<LinkResolver::Target> found
                 = LinkResolver::resolve(target, from, root);
+            if (found != LinkResolver::resolve(target, from, root, &names))
+                return u"the index finds another"_s;
             return found ? found->path.mid(r.size()) + u'#' + found->fragment : u"-"_s;
         };
         QCOMPARE(to(u"../index.md"_s), u"/fr/index.md#"_s);
@@ -344,6 +307,32 @@ private Q_SLOTS:
               u"../../img.png"_s, u"../../.hidden/secret.md"_s, u"absent.md"_s, u"[[absent]]"_s,
               u"../guide"_s})
             QVERIFY2(to(nowhere) == u"-"_s, qPrintable(nowhere));
+
+        // Pictures: paths inside the folder, and wiki names found anywhere, the nearest first.
+        const auto picture = [&](const QString &source, const QString &fromPath) {
+            const std::optional<QString> found
+                = LinkResolver::resolvePicture(source, r + fromPath, root);
+            if (found != LinkResolver::resolvePicture(source, r + fromPath, root, &names))
+                return u"the index finds another"_s;
+            return found ? found->mid(r.size()) : u"-"_s;
+        };
+        QCOMPARE(picture(u"../img/flux.svg"_s, u"/fr/guide/install.md"_s), u"/fr/img/flux.svg"_s);
+        QCOMPARE(picture(u"/img.png"_s, u"/fr/index.md"_s), u"/img.png"_s);
+        QCOMPARE(picture(u"[[flux.svg]]"_s, u"/fr/guide/install.md"_s), u"/fr/img/flux.svg"_s);
+        QCOMPARE(picture(u"[[FLUX.svg|schéma]]"_s, u"/en/x.md"_s), u"/en/img/flux.svg"_s);
+        for (const QString &nowhere : {u"../../../x.png"_s, u"https://a.org/img.png"_s,
+                                       u"[[absent.png]]"_s, u"../index.md"_s})
+            QVERIFY2(picture(nowhere, u"/fr/guide/install.md"_s) == u"-"_s, qPrintable(nowhere));
+
+        // What a text points at, each once, as written; a picture is no link.
+        const LinkResolver::Written written = LinkResolver::writtenIn(
+            u"Voir [a](../index.md#x), [[Index|i]], [w](https://a.org) ![p](img.png) ici.\r\n"
+            u"  ![schéma](<img/flux v2.svg> \"t\")\n![[capture.png|c]]\n<img src='logo.webp'>\n"
+            u"`[a](../index.md#x)`"_s);
+        QCOMPARE(written.links,
+                 (QStringList {u"../index.md#x"_s, u"https://a.org"_s, u"[[Index|i]]"_s}));
+        QCOMPARE(written.pictures,
+                 (QStringList {u"img/flux v2.svg"_s, u"[[capture.png]]"_s, u"logo.webp"_s}));
     }
 };
 

@@ -115,19 +115,6 @@ private Q_SLOTS:
         QVERIFY(fifo.error->localizedDescription().endsWith(u"n'est pas un fichier ordinaire."));
     }
 
-    void saveIntoVanishedFolderFailsCleanly()
-    {
-        QTemporaryDir dir;
-        const QString folder = dir.filePath(u"gone"_s);
-        QVERIFY(QDir().mkdir(folder));
-        QVERIFY(QDir(folder).removeRecursively());
-        const std::optional<FileError> error
-            = TextFile::writeUtf8Atomically(folder + u"/a.md"_s, u"text"_s);
-        QVERIFY(error);
-        QCOMPARE(error->code(), ENOENT);
-        QVERIFY(!QFileInfo::exists(folder));
-    }
-
     void failedWritesKeepTheOldFileAndSayWhy_data()
     {
         QTest::addColumn<int>("size");

@@ -17,7 +17,11 @@ def main():
     docs = s.docs
     write(os.path.join(docs, "README.md"), "# Accueil\n\nBienvenue dans la documentation.\n")
     write(os.path.join(docs, "guide", "start.md"), "# Démarrer\n\nTrois mots ici.\n")
-    write(os.path.join(docs, "liens.md"), "Voir [le départ](guide/start.md#démarrer) ou [[absent]]\n")
+    write(os.path.join(docs, "liens.md"), "Voir [le départ](guide/start.md#démarrer)\n\n"
+          "![schéma](img/schema.png)\n\nou [[absent]]\n")
+    os.makedirs(os.path.join(docs, "img"))
+    subprocess.run(["convert", "-size", "320x120", "gradient:#3b7dd8-#e8f0fb",
+                    os.path.join(docs, "img", "schema.png")], check=True)
     try:
         s.start(docs)
         # The readme opens with the folder, and the root's folder is open.
@@ -103,6 +107,10 @@ def main():
         # Ctrl+Enter in a link opens its document; a link leading nowhere says so.
         click(s.row("liens.md"))
         wait_for("liens.md in the editor", lambda: "Voir" in (s.editor_text() or ""))
+        # The picture shows under its line; a link leading nowhere is dotted (screenshot).
+        wait_for("the picture", lambda: s.named("image", "schéma"))
+        time.sleep(1)
+        s.shot("e2e-links")
         subprocess.run(["xdotool", "mousemove", "600", "600", "click", "1"], check=True)
         time.sleep(0.3)
         key("ctrl+Home")

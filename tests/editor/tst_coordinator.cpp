@@ -8,7 +8,6 @@
 
 #include <QJsonDocument>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -64,74 +63,22 @@ private Q_SLOTS:
         QCOMPARE(EditorScripts::quoted(u"l'étape\\x"_s), u"'l\\'étape\\\\x'"_s);
     }
 
-    void contentCallsFollowTheFileOnly()
-    {
-        auto store = makeStore();
-        const QString root = folder({u"a.md"_s, u"l'équipe.md"_s});
-        writeFile(root + u"/a.md"_s, "tick ` back \\ dollar ${x}\n");
-        store->openFolder(QUrl::fromLocalFile(root), QUrl::fromLocalFile(root + u"/a.md"_s));
-        Recorder calls;
-        auto coordinator = makeCoordinator(store.get(), false, calls);
-        // Made with a document open, before the page has loaded: the theme only; the start call
-        // carries the document.
-        QCOMPARE(calls.scripts,
-                 QStringList {u"window.Pagewell && window.Pagewell.setTheme('light');"_s});
-        QVERIFY(!coordinator->isInternalUpdate());
-        coordinator->navigationFinished();
-        QCOMPARE(calls.scripts.size(), 3); // the folder, then the start call
-        // Once it has: the document, with a completion.
-        store->openFile(QUrl::fromLocalFile(root + u"/l'équipe.md"_s));
-        store->openFile(QUrl::fromLocalFile(root + u"/a.md"_s));
-        QCOMPARE(calls.scripts.at(4),
-                 u"window.Pagewell && window.Pagewell.setContent(`tick \\` back "
-                 u"\\\\ dollar \\${x}\n`, '"_s
-                     + root + u"/a.md');"_s);
-        QCOMPARE(calls.completions, (QList<bool> {false, false, false, true, true}));
-        QVERIFY(coordinator->isInternalUpdate());
-        coordinator->contentCallFinished();
-        QVERIFY(!coordinator->isInternalUpdate());
-
-        // Edits and heading updates send nothing back.
-        calls.scripts.clear();
-        store->updateDocumentContent(u"edited"_s);
-        store->updateHeadings({});
-        QVERIFY(calls.scripts.isEmpty());
-
-        // Another file: one call, its quote escaped in the path.
-        store->openFile(QUrl::fromLocalFile(root + u"/l'équipe.md"_s));
-        QCOMPARE(calls.scripts.size(), 1);
-        QCOMPARE(calls.scripts.at(0),
-                 u"window.Pagewell && window.Pagewell.setContent(`# l'équipe.md\n`, '"_s + root
-                     + u"/l\\'équipe.md');"_s);
-        store->openFile(QUrl::fromLocalFile(root + u"/a.md"_s));
-        QCOMPARE(calls.scripts.size(), 2);
-
-        // One theme call per change of appearance, none for the same one.
-        calls.scripts.clear();
-        coordinator->setDark(true);
-        coordinator->setDark(true);
-        store->updateHeadings({});
-        QCOMPARE(calls.scripts,
-                 QStringList {u"window.Pagewell && window.Pagewell.setTheme('dark');"_s});
-    }
-
-    void startCalls()
+    void callsFollowTheFileAndTheLook()
     {
         auto store = makeStore();
         Recorder empty;
         auto withoutDocument = makeCoordinator(store.get(), true, empty);
-        empty.scripts.clear();
         withoutDocument->navigationFinished();
-        QCOMPARE(empty.scripts,
-                 QStringList {u"window.Pagewell && window.Pagewell.init('', true);"_s});
+        QCOMPARE(empty.scripts.last(), u"window.Pagewell && window.Pagewell.init('', true);"_s);
 
-        const QString root = folder({u"a.md"_s});
-        store->openFolder(QUrl::fromLocalFile(root));
+        const QString root = folder({u"a.md"_s, u"l'équipe.md"_s});
+        store->openFolder(QUrl::fromLocalFile(root), QUrl::fromLocalFile(root + u"/a.md"_s));
         Recorder calls;
         auto coordinator = makeCoordinator(store.get(), false, calls);
-        // The appearance changes while the page loads: the start call carries the one the view
-        // was made with, and no theme call follows.
+        // Before the page has loaded: no document. The appearance changes while it loads: the
+        // start call carries the one the view was made with, the folder before it.
         coordinator->setDark(true);
+        QVERIFY(!calls.scripts.join(u'\n').contains(u"setContent"_s));
         calls.scripts.clear();
         coordinator->navigationFinished();
         QCOMPARE(
@@ -140,9 +87,26 @@ private Q_SLOTS:
                           u"window.Pagewell && (window.Pagewell.init(`# a.md\n`, false), "
                           u"window.Pagewell.setContent(`# a.md\n`, '"_s
                               + root + u"/a.md'));"_s}));
-        QCOMPARE(coordinator->currentLoadedURL(), QUrl::fromLocalFile(root + u"/a.md"_s));
+        QVERIFY(!coordinator->isInternalUpdate());
+
+        // Another file: one call, with a completion, its quote escaped in the path.
+        calls.scripts.clear();
+        store->openFile(QUrl::fromLocalFile(root + u"/l'équipe.md"_s));
+        QCOMPARE(calls.scripts.size(), 1);
+        QVERIFY(calls.scripts.at(0).endsWith(u"/l\\'équipe.md');"_s));
+        QCOMPARE(calls.completions.last(), true);
+        QVERIFY(coordinator->isInternalUpdate());
+        coordinator->contentCallFinished();
+        QVERIFY(!coordinator->isInternalUpdate());
+
+        // Edits and heading updates send nothing back; a theme call goes once per change.
+        calls.scripts.clear();
+        store->updateDocumentContent(u"edited"_s);
         store->updateHeadings({});
-        QCOMPARE(calls.scripts.size(), 2);
+        coordinator->setDark(false);
+        coordinator->setDark(false);
+        QCOMPARE(calls.scripts,
+                 QStringList {u"window.Pagewell && window.Pagewell.setTheme('light');"_s});
         // Another folder is told to the page.
         const QString other = folder({u"b.md"_s});
         store->openFolder(QUrl::fromLocalFile(other));
@@ -259,6 +223,35 @@ private Q_SLOTS:
                  u"window.Pagewell && window.Pagewell.scrollToHeading('mise-en-route');"_s);
     }
 
+    // What the folder says of the document's links and pictures reaches the page once the text
+    // settles, and only when it changed: targets leading nowhere, each picture's file and size.
+    void linkFactsFollowTheText()
+    {
+        auto store = makeStore();
+        const QString root = folder({u"a.md"_s});
+        writeFile(root + u"/img/rouge.png"_s,
+                  QByteArray::fromBase64("iVBORw0KGgoAAAANSUhEUgAAAAIAAAABCAIAAAB7QOjdAAAAEElEQVR4"
+                                         "nGP4z8DAwMDAAAAN/QH/ZtN3bgAAAABJRU5ErkJggg=="));
+        const QString text = u"[x](absent.md) [y](a.md)\n![[rouge.png]]\n"_s;
+        writeFile(root + u"/a.md"_s, text.toUtf8());
+        store->openFolder(QUrl::fromLocalFile(root), QUrl::fromLocalFile(root + u"/a.md"_s));
+        Recorder calls;
+        auto coordinator = makeCoordinator(store.get(), false, calls);
+        coordinator->navigationFinished();
+        const auto facts = [&] { return calls.scripts.filter(u"window.Pagewell.setLinkFacts("_s); };
+        QTRY_COMPARE(facts().size(), 1);
+        QCOMPARE(facts().at(0),
+                 u"window.Pagewell && window.Pagewell.setLinkFacts({\"missing\":[\"absent.md\"],"
+                 u"\"pictures\":{\"[[rouge.png]]\":{\"height\":1,\"path\":\""_s
+                     + root + u"/img/rouge.png\",\"width\":2}}}, '"_s + root + u"/a.md');"_s);
+        store->updateDocumentContent(text + u"typed"_s);
+        QTest::qWait(700);
+        QCOMPARE(facts().size(), 1);
+        store->updateDocumentContent(u"[z](autre.md)"_s);
+        QTRY_COMPARE(facts().size(), 2);
+        QVERIFY(facts().at(1).contains(u"{\"missing\":[\"autre.md\"],\"pictures\":{}}"_s));
+    }
+
     // The page reads its own files and the open folder's; a link out of the folder, a file
     // beside it or a missing one is refused.
     void thePageReadsOnlyItsFilesAndTheFolders()
@@ -298,26 +291,13 @@ private Q_SLOTS:
         QCOMPARE(calls.scripts.size(), 3);
     }
 
-    void pageLookupAndNavigation()
+    void navigation()
     {
-        QTemporaryDir bundle;
-        QCOMPARE(Coordinator::locatePage(QString()), QUrl());
-        // Nothing there: the third way names web/editor.html all the same.
-        QCOMPARE(Coordinator::locatePage(bundle.path()),
-                 QUrl::fromLocalFile(bundle.path() + u"/web/editor.html"_s));
-        writeFile(bundle.path() + u"/Resources/web/editor.html"_s, "<html/>");
-        QCOMPARE(Coordinator::locatePage(bundle.path()),
-                 QUrl::fromLocalFile(bundle.path() + u"/Resources/web/editor.html"_s));
-        writeFile(bundle.path() + u"/web/editor.html"_s, "<html/>");
-        QCOMPARE(Coordinator::locatePage(bundle.path()),
-                 QUrl::fromLocalFile(bundle.path() + u"/web/editor.html"_s));
-
+        const QUrl page = QUrl::fromLocalFile(u"/opt/pagewell/web/editor.html"_s);
         Coordinator coordinator;
-        coordinator.setPageUrl(QUrl::fromLocalFile(bundle.path() + u"/web/editor.html"_s));
-        QVERIFY(coordinator.allowsNavigation(
-            QUrl::fromLocalFile(bundle.path() + u"/web/editor.html"_s)));
-        QVERIFY(coordinator.allowsNavigation(QUrl(
-            QUrl::fromLocalFile(bundle.path() + u"/web/editor.html"_s).toString() + u"#titre"_s)));
+        coordinator.setPageUrl(page);
+        QVERIFY(coordinator.allowsNavigation(page));
+        QVERIFY(coordinator.allowsNavigation(QUrl(page.toString() + u"#titre"_s)));
         QVERIFY(!coordinator.allowsNavigation(QUrl(u"https://example.org/"_s)));
         QVERIFY(!coordinator.allowsNavigation(QUrl::fromLocalFile(u"/etc/passwd"_s)));
         // A window the page opens (Ctrl+click on a web address) goes to the desktop's browser

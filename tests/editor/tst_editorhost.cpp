@@ -1,5 +1,5 @@
 // The real editor page in Qt's web engine, inside the real view, talking to the application's
-// store through the real web channel: open, type, save, line breaks, undo, odd names.
+// store through the real web channel: open, type, save, undo, drafts, spelling.
 #include "../core/TestFiles.h"
 #include "workspace/WorkspaceStore.h"
 
@@ -201,41 +201,6 @@ private Q_SLOTS:
         QVERIFY(!store()->currentDocument()->isDirty);
     }
 
-    void quoteInTheNameOpensAndSavesItsOwnText()
-    {
-        const QString root = folder({u"avant.md"_s, u"l'équipe.md"_s});
-        store()->openFile(QUrl::fromLocalFile(root + u"/avant.md"_s));
-        QTRY_COMPARE_WITH_TIMEOUT(pageText(), u"# avant.md\n"_s, 10000);
-        store()->openFile(QUrl::fromLocalFile(root + u"/l'équipe.md"_s));
-        QTRY_COMPARE_WITH_TIMEOUT(pageText(), u"# l'équipe.md\n"_s, 10000);
-        type(u"Équipe\\n"_s);
-        QTRY_VERIFY_WITH_TIMEOUT(store()->currentDocument()->isDirty, 5000);
-        pressInPage("s", true);
-        QTRY_VERIFY_WITH_TIMEOUT(!store()->currentDocument()->isDirty, 5000);
-        QCOMPARE(QString::fromUtf8(readFile(root + u"/l'équipe.md"_s)),
-                 u"# l'équipe.md\nÉquipe\n"_s);
-        QCOMPARE(readFile(root + u"/avant.md"_s), QByteArray("# avant.md\n"));
-    }
-
-    void headingClicksScrollThePage()
-    {
-        const QString root = folder({u"long.md"_s});
-        QByteArray text = "# Haut\n";
-        for (int i = 0; i < 300; ++i)
-            text += "ligne\n";
-        text += "## Bas de page\n";
-        writeFile(root + u"/long.md"_s, text);
-        store()->openFile(QUrl::fromLocalFile(root + u"/long.md"_s));
-        QTRY_COMPARE_WITH_TIMEOUT(store()->currentDocument()->headings.size(), 2, 10000);
-        store()->requestHeadingScroll(store()->currentDocument()->headings.at(1).id);
-        // The caret goes to the heading's line (drawing offscreen does not scroll).
-        QTRY_COMPARE_WITH_TIMEOUT(
-            evaluate(u"(() => { const s = window.__pagewellEditor.view.state; "
-                     u"return s.doc.lineAt(s.selection.main.head).number; })()"_s)
-                .toInt(),
-            302, 5000);
-    }
-
     // Every word of everyday French and English prose is known; a misspelled word in each is
     // not. Each word is right-clicked in the page, as a person asking for suggestions would.
     void spellingKnowsEverydayProse()
@@ -285,18 +250,6 @@ private Q_SLOTS:
         disconnect(menu);
         evaluate(u"document.body.style.fontSize = ''; true"_s);
         QCOMPARE(marked, (QStringList {u"maisonn"_s, u"documentt"_s}));
-    }
-
-    void thePageNeverLeaves()
-    {
-        QObject *webView = m_editor->property("webView").value<QObject *>();
-        const QUrl page = webView->property("url").toUrl();
-        for (const QString &away : {u"https://example.org/"_s, u"file:///etc/hostname"_s}) {
-            evaluate(u"window.location.href = '%1'; true"_s.arg(away));
-            QTest::qWait(500);
-            QCOMPARE(webView->property("url").toUrl(), page);
-            QCOMPARE(evaluate(u"typeof window.__pagewellEditor"_s).toString(), u"object"_s);
-        }
     }
 
     void cleanupTestCase() { QVERIFY2(pageErrors.isEmpty(), qPrintable(pageErrors.join(u'\n'))); }

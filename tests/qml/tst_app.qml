@@ -6,7 +6,10 @@ import Pagewell
 TestCase {
     id: test
 
-    name: "SceneAndMenus"
+    name: "Window"
+    width: 900
+    height: 700
+    visible: true
     when: windowShown
 
     Component {
@@ -16,12 +19,26 @@ TestCase {
         }
     }
 
+    Component {
+        id: emptyComponent
+
+        EmptyWorkspaceView {
+            anchors.fill: parent
+        }
+    }
+
+    Component {
+        id: treeComponent
+
+        FolderTreeView {
+            anchors.fill: parent
+        }
+    }
+
     function action(app, menuTitle, text) {
         for (let m = 0; m < app.menuBar.count; ++m) {
             const menu = app.menuBar.menuAt(m);
-            if (menu.title !== menuTitle)
-                continue;
-            for (let i = 0; i < menu.count; ++i) {
+            for (let i = 0; menu.title === menuTitle && i < menu.count; ++i) {
                 const item = menu.itemAt(i);
                 if (item && item.action && item.action.text === text)
                     return item.action;
@@ -32,22 +49,15 @@ TestCase {
 
     function test_menusAndAlert() {
         const app = createTemporaryObject(appComponent, test);
-        compare(app.menuBar.count, 5);
-        compare(app.menuBar.menuAt(0).title, "Fichier");
-        compare(app.menuBar.menuAt(1).title, "Édition");
-        compare(app.menuBar.menuAt(2).title, "Recherche");
-        compare(app.menuBar.menuAt(3).title, "Aller");
-        compare(app.menuBar.menuAt(4).title, "Aide");
-        verify(action(app, "Aide", "Vérifier les mises à jour...").enabled);
+        const titles = [];
+        for (let m = 0; m < app.menuBar.count; ++m)
+            titles.push(app.menuBar.menuAt(m).title);
+        compare(titles, ["Fichier", "Édition", "Recherche", "Aller", "Aide"]);
         const root = fixture.makeFolder(["sub/"]);
         WorkspaceStore.openFolder(fixture.url(root));
         // A folder open, no document: only "Enregistrer" is disabled.
-        verify(action(app, "Fichier", "Ouvrir un dossier...").enabled);
-        verify(action(app, "Fichier", "Nouveau fichier Markdown").enabled);
         verify(action(app, "Fichier", "Recharger le fichier").enabled);
         verify(!action(app, "Fichier", "Enregistrer").enabled);
-        verify(action(app, "Recherche", "Recherche").enabled);
-        verify(action(app, "Recherche", "Plan du document").enabled);
 
         // Ctrl+N creates untitled.md in the folder and opens it.
         action(app, "Fichier", "Nouveau fichier Markdown").trigger();
@@ -64,14 +74,51 @@ TestCase {
 
         // The alert shows the store's message; "OK" sets the flag back.
         WorkspaceStore.deleteFile(fixture.url(root + "/missing.md"));
-        verify(WorkspaceStore.showAlert);
         const alert = app.mainView.alert;
         tryVerify(() => alert.opened);
-        compare(alert.title, "Pagewell");
         const ok = alert.footer.itemAt(0);
         compare(ok.text, "OK");
         mouseClick(ok);
         tryVerify(() => !WorkspaceStore.showAlert);
         tryVerify(() => !alert.visible);
+    }
+
+    // Seven remembered folders show five, most recent first; a row opens its folder; clearing
+    // hides the block.
+    function test_recentFolders() {
+        for (let i = 1; i <= 7; ++i)
+            WorkspaceStore.openFolder(fixture.url(fixture.makeFolder(["r" + i + ".md"])));
+        const view = createTemporaryObject(emptyComponent, test);
+        const rows = findChild(view, "recentRows");
+        compare(rows.count, 5);
+        compare(rows.itemAt(0).text, WorkspaceStore.recentFolderPaths[0].split("/").pop());
+        const fourth = WorkspaceStore.recentFolderPaths[3];
+        mouseClick(rows.itemAt(3));
+        compare(PathNames.fromUrl(WorkspaceStore.rootURL), fourth);
+        mouseClick(findChild(view, "clearRecentsButton"));
+        verify(!findChild(view, "recentFolders").visible);
+    }
+
+    function test_treeKeyboard() {
+        const root = fixture.makeFolder(["A/a.md", "z.md"]);
+        WorkspaceStore.openFolder(fixture.url(root));
+        const tree = createTemporaryObject(treeComponent, test);
+        const names = () => {
+            const result = [];
+            for (let i = 0; i < tree.model.count; ++i)
+                result.push(tree.model.data(tree.model.index(i, 0), FolderTreeModel.NameRole));
+            return result;
+        };
+        tree.list.forceActiveFocus();
+        tree.list.currentIndex = 0; // A
+        keyClick(Qt.Key_Left);
+        compare(names(), ["A", "z.md"]);
+        keyClick(Qt.Key_Right);
+        compare(names(), ["A", "a.md", "z.md"]);
+        keyClick(Qt.Key_Down);
+        keyClick(Qt.Key_Return);
+        compare(PathNames.fromUrl(WorkspaceStore.selectedFileURL), root + "/A/a.md");
+        keyClick(Qt.Key_Left); // to the folder holding it
+        compare(tree.list.currentIndex, 0);
     }
 }

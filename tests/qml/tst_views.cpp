@@ -1,7 +1,6 @@
 // Runs one QML test file of the views (given with -input) against the application's one store,
 // on temporary folders and a preferences file of the test's own.
 #include "../core/TestFiles.h"
-#include "model/HeadingItem.h"
 #include "workspace/WorkspaceStore.h"
 
 #include <QQmlContext>
@@ -16,7 +15,7 @@ Q_IMPORT_QML_PLUGIN(Pagewell_EditorPlugin)
 
 using namespace Qt::StringLiterals;
 
-// What the QML tests need beyond the views: folders with files, and the editor page's part.
+// Folders with files for the QML tests.
 class Fixture : public QObject
 {
     Q_OBJECT
@@ -32,22 +31,8 @@ public:
         makeTree(path, files);
         return path;
     }
-    Q_INVOKABLE void write(const QString &path, const QString &text) const
-    {
-        writeFile(path, text.toUtf8());
-    }
     Q_INVOKABLE bool exists(const QString &path) const { return QFileInfo::exists(path); }
     Q_INVOKABLE QUrl url(const QString &path) const { return QUrl::fromLocalFile(path); }
-    // The outline as the editor page would report it: [[id, level, text], ...].
-    Q_INVOKABLE void reportHeadings(const QVariantList &headings) const
-    {
-        QList<HeadingItem> items;
-        for (const QVariant &heading : headings) {
-            const QVariantList fields = heading.toList();
-            items.append({fields.at(0).toString(), fields.at(1).toInt(), fields.at(2).toString()});
-        }
-        WorkspaceStore::shared()->updateHeadings(items);
-    }
 
 private:
     QTemporaryDir m_dir;

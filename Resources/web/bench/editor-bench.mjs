@@ -101,27 +101,40 @@ prose.forEach((line, i) => {
   lines.push(line);
   if (i % step === 0) lines.push("", `![figure ${i}](img/p${i % 50}.png)`, "");
 });
-await page.evaluate(([f, t]) => (window.Pagewell.setFolder(f), window.Pagewell.setContent(t, `${f}/doc.md`)), [folder, lines.join("\n")]);
-const pictureKeys = await typeAt(0.5, 500);
-const frames = await page.evaluate(async () => {
-  const scroller = window.__pagewellEditor.view.scrollDOM;
-  const gaps = [];
-  let last = performance.now();
-  for (let i = 0; i < 240; i++) {
-    scroller.scrollTop += 120;
-    await new Promise((done) => requestAnimationFrame(done));
-    const now = performance.now();
-    gaps.push(now - last);
-    last = now;
-  }
-  return { gaps, pictures: document.querySelectorAll(".cm-picture img").length };
-});
-const sorted = frames.gaps.slice().sort((a, b) => a - b);
-console.log(
-  `1 MB with 2,000 pictures: typing painted in ${median(pictureKeys.times).toFixed(1)} ms per key (worst ${Math.max(...pictureKeys.times).toFixed(1)}); ` +
-    `scrolling 120 px a frame: median frame ${median(frames.gaps).toFixed(1)} ms, 95th percentile ${sorted[Math.floor(sorted.length * 0.95)].toFixed(1)} ms, ` +
-    `${frames.pictures} pictures in the page at the end`,
-);
+// Scrolls down 120 px a frame; counts the frames where the text's height changed under the reader
+// (a picture's box taking its size as it loads).
+const scroll = () =>
+  page.evaluate(async () => {
+    const view = window.__pagewellEditor.view;
+    const gaps = [];
+    let jumps = 0;
+    let last = performance.now();
+    let height = view.contentHeight;
+    for (let i = 0; i < 240; i++) {
+      view.scrollDOM.scrollTop += 120;
+      await new Promise((done) => requestAnimationFrame(done));
+      const now = performance.now();
+      gaps.push(now - last);
+      last = now;
+      if (view.contentHeight !== height) jumps++;
+      height = view.contentHeight;
+    }
+    return { gaps, jumps, pictures: document.querySelectorAll(".cm-picture img").length };
+  });
+const text = lines.join("\n");
+const sources = Object.fromEntries(Array.from({ length: 50 }, (_, i) => [`img/p${i}.png`, { path: `${folder}/img/p${i}.png`, width: 640, height: 320 }]));
+for (const told of [false, true]) {
+  await page.evaluate(([f, t]) => (window.Pagewell.setFolder(f), window.Pagewell.setContent(t, `${f}/doc.md`)), [folder, text]);
+  if (told) await page.evaluate(([s, f]) => window.Pagewell.setLinkFacts({ missing: [], pictures: s }, `${f}/doc.md`), [sources, folder]);
+  const pictureKeys = await typeAt(0.5, 500);
+  const frames = await scroll();
+  const sorted = frames.gaps.slice().sort((a, b) => a - b);
+  console.log(
+    `1 MB with 2,000 pictures, ${told ? "sizes told by the host" : "sizes unknown"}: typing painted in ${median(pictureKeys.times).toFixed(1)} ms per key (worst ${Math.max(...pictureKeys.times).toFixed(1)}); ` +
+      `scrolling 120 px a frame: median frame ${median(frames.gaps).toFixed(1)} ms, 95th percentile ${sorted[Math.floor(sorted.length * 0.95)].toFixed(1)} ms, ` +
+      `${frames.jumps} frames of 240 where the text's height changed, ${frames.pictures} pictures in the page at the end`,
+  );
+}
 rmSync(folder, { recursive: true, force: true });
 await editor.close();
 await browser.close();

@@ -1,6 +1,5 @@
 // The one way out of the page: messages to the native handler "editorBridge". Through Qt's web
-// channel when the page runs in Pagewell, through WebKit's message handlers where those exist,
-// else to a test hook. Messages posted before the channel is up wait in a queue, in order.
+// channel when the page runs in Pagewell, else to a test hook. Messages posted before the channel is up wait in a queue, in order.
 
 export function createBridge(win = window) {
   const queue = [];
@@ -32,8 +31,6 @@ export function createBridge(win = window) {
 
   if (win.qt && win.qt.webChannelTransport) {
     connectWebChannel();
-  } else if (win.webkit && win.webkit.messageHandlers && win.webkit.messageHandlers.editorBridge) {
-    send = (message) => win.webkit.messageHandlers.editorBridge.postMessage(message);
   } else {
     send = (message) => {
       if (win.__pagewellTest && typeof win.__pagewellTest.post === "function") {

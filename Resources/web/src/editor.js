@@ -1,4 +1,4 @@
-// The Markdown editor: CodeMirror set up for documents, and the five calls the host makes.
+// The Markdown editor: CodeMirror set up for documents, and the calls the host makes.
 import { EditorSelection, EditorState, Compartment, Facet } from "@codemirror/state";
 import {
   EditorView,
@@ -23,7 +23,8 @@ import { frontMatter } from "./frontMatter.js";
 import { frenchPhrases } from "./phrases.js";
 import { wrapSelectionInMarkers } from "./emphasis.js";
 import { completeOutline, outlineComplete, outlineField, outlineParser, slugify, withIds } from "./outline.js";
-import { linkAt, linkTooltip } from "./links.js";
+import { linkAt, linkHints } from "./links.js";
+import { readFacts, setLinkFacts } from "./linkFacts.js";
 import { pictureDocument, pictureFolder, pictures } from "./pictures.js";
 import { tableGrids } from "./tables.js";
 import { detectLineSeparator, normalizeLineBreaks, splitByteOrderMark } from "./lineBreaks.js";
@@ -169,7 +170,7 @@ export function createEditor(parent, { post }) {
     poster,
     pictures,
     tableGrids,
-    linkTooltip,
+    linkHints,
     folderSetting.of(pictureFolder.of(folder)),
   ];
 
@@ -239,6 +240,13 @@ export function createEditor(parent, { post }) {
     setFolder(path) {
       folder = String(path ?? "").replace(/\/+$/, "");
       if (view) view.dispatch({ effects: folderSetting.reconfigure(pictureFolder.of(folder)) });
+    },
+
+    // What the host found about the links and pictures of the document at `path`; facts about
+    // another document than the one shown came too late, and are dropped.
+    setLinkFacts(facts, path) {
+      showInitText();
+      if (view && String(path ?? "") === currentPath()) view.dispatch({ effects: setLinkFacts.of(readFacts(facts)) });
     },
 
     setTheme(name) {

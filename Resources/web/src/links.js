@@ -2,7 +2,8 @@
 // address goes to the desktop's browser through the host, and any other target goes to the host
 // as written, which finds the document in the folder.
 import { syntaxTree } from "@codemirror/language";
-import { EditorView, hoverTooltip } from "@codemirror/view";
+import { Decoration, EditorView, ViewPlugin, hoverTooltip } from "@codemirror/view";
+import { linkFacts } from "./linkFacts.js";
 import { decode, normalize, pictureDocument, pictureFolder } from "./pictures.js";
 
 const ADDRESS = /\bhttps?:\/\/[^\s<>()[\]`"']+/g;
@@ -62,7 +63,8 @@ const linkHover = hoverTooltip(
   (view, pos) => {
     const link = linkAt(view.state, pos);
     if (!link) return null;
-    const text = link.address ?? destination(link.target, view.state.facet(pictureDocument), view.state.facet(pictureFolder));
+    let text = link.address ?? destination(link.target, view.state.facet(pictureDocument), view.state.facet(pictureFolder));
+    if (link.target && view.state.field(linkFacts).missing.has(link.target)) text += " — introuvable dans le dossier";
     return {
       pos,
       above: true,
@@ -77,4 +79,59 @@ const linkHover = hoverTooltip(
   { hoverTime: 500 },
 );
 
-export const linkTooltip = [linkHover, EditorView.baseTheme({ ".cm-link-tooltip": { padding: "2px 6px", fontSize: "85%" } })];
+const missingMark = Decoration.mark({ class: "cm-link-missing" });
+
+// The links on screen whose target the host found nowhere in the folder.
+function missingLinks(view) {
+  const { missing } = view.state.field(linkFacts);
+  const marks = [];
+  if (!missing.size) return Decoration.none;
+  for (const { from, to } of view.visibleRanges) {
+    syntaxTree(view.state).iterate({
+      from,
+      to,
+      enter(node) {
+        if (node.name !== "Link") return;
+        const url = node.node.getChild("URL");
+        if (url && missing.has(view.state.sliceDoc(url.from, url.to))) marks.push(missingMark.range(node.from, node.to));
+        return false;
+      },
+    });
+    for (let pos = from; pos <= to; ) {
+      const line = view.state.doc.lineAt(pos);
+      for (const match of line.text.matchAll(WIKI)) {
+        if (line.text[match.index - 1] !== "!" && missing.has(match[0])) {
+          marks.push(missingMark.range(line.from + match.index, line.from + match.index + match[0].length));
+        }
+      }
+      pos = line.to + 1;
+    }
+  }
+  return Decoration.set(marks, true);
+}
+
+const missingLinkMarks = ViewPlugin.fromClass(
+  class {
+    constructor(view) {
+      this.decorations = missingLinks(view);
+    }
+
+    update(update) {
+      const told = update.state.field(linkFacts) !== update.startState.field(linkFacts);
+      if (told || update.docChanged || update.viewportChanged || syntaxTree(update.state) !== syntaxTree(update.startState)) {
+        this.decorations = missingLinks(update.view);
+      }
+    }
+  },
+  { decorations: (plugin) => plugin.decorations },
+);
+
+// Where a link leads, after half a second over it; links leading nowhere, drawn dotted.
+export const linkHints = [
+  linkHover,
+  missingLinkMarks,
+  EditorView.baseTheme({
+    ".cm-link-tooltip": { padding: "2px 6px", fontSize: "85%" },
+    ".cm-link-missing, .cm-link-missing *": { textDecoration: "underline dotted", textUnderlineOffset: "3px" },
+  }),
+];

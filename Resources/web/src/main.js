@@ -17,6 +17,7 @@ window.Pagewell = Object.freeze({
   scrollToHeading: (id) => editor.scrollToHeading(id),
   restorePosition: () => editor.restorePosition(),
   setFolder: (path) => editor.setFolder(path),
+  setLinkFacts: (facts, path) => editor.setLinkFacts(facts, path),
 });
 // Read-only access for tests and the developer tools.
 Object.defineProperty(window, "__pagewellEditor", { value: editor });

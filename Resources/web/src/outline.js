@@ -249,15 +249,22 @@ export const outlineParser = ViewPlugin.fromClass(
     }
 
     update(update) {
-      if (update.docChanged && this.parse) {
-        const parse = this.parse;
-        this.parse = null;
-        parse.stopAt(parse.parsedPos);
-        let tree;
-        while (!(tree = parse.advance()));
-        const ranges = [];
-        update.changes.iterChangedRanges((fromA, toA, fromB, toB) => ranges.push({ fromA, toA, fromB, toB }));
-        this.fragments = TreeFragment.applyChanges(TreeFragment.addTree(tree, this.fragments, true), ranges);
+      if (update.docChanged) {
+        if (this.parse) {
+          const parse = this.parse;
+          this.parse = null;
+          parse.stopAt(parse.parsedPos);
+          let tree;
+          while (!(tree = parse.advance()));
+          this.fragments = TreeFragment.addTree(tree, this.fragments, true);
+        }
+        // Every change moves what was read, also when no parse runs: a fragment left where the
+        // text was would be taken for the text now there.
+        if (this.fragments.length) {
+          const ranges = [];
+          update.changes.iterChangedRanges((fromA, toA, fromB, toB) => ranges.push({ fromA, toA, fromB, toB }));
+          this.fragments = TreeFragment.applyChanges(this.fragments, ranges);
+        }
       }
       this.schedule();
     }

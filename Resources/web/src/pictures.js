@@ -2,10 +2,12 @@
 // shows it under the line. The text stays as it is and stays editable; the caret passes the
 // picture by. Only files inside the open folder are shown (the host also refuses any other file
 // the page asks for); web addresses are never fetched, and SVG is drawn as an image, scripts and
-// all left out.
+// all left out. Once the host has said where each picture is and how large, its box has its size
+// before the picture loads, so nothing moves while scrolling.
 import { Facet, StateField } from "@codemirror/state";
-import { Decoration, EditorView, WidgetType } from "@codemirror/view";
+import { Decoration, EditorView, ViewPlugin, WidgetType } from "@codemirror/view";
 import { syntaxTree } from "@codemirror/language";
+import { linkFacts, setLinkFacts } from "./linkFacts.js";
 
 // The open folder, and the path of the document (whose folder relative paths start from).
 export const pictureFolder = Facet.define({ combine: (values) => values[0] ?? "" });
@@ -39,9 +41,11 @@ export function normalize(path) {
 }
 
 // What the line `text` shows, or null when it holds no picture alone:
-// { kind: "file", path, alt } | { kind: "web", address, alt } | { kind: "outside", written, alt }.
+// { kind: "file", path, alt, source } | { kind: "web", address, alt } |
+// { kind: "outside", written, alt }. `source` is the picture as the host's facts name it.
 export function pictureOf(text, documentPath, folder) {
   let written;
+  let source;
   let alt = "";
   let match;
   if ((match = MARKDOWN.exec(text))) {
@@ -49,6 +53,7 @@ export function pictureOf(text, documentPath, folder) {
     alt = match[1];
   } else if ((match = WIKI.exec(text))) {
     written = match[1].trim();
+    source = `[[${written}]]`;
     alt = match[2] ?? "";
   } else if ((match = HTML.exec(text))) {
     written = match[1] ?? match[2];
@@ -64,8 +69,42 @@ export function pictureOf(text, documentPath, folder) {
   const normalized = normalize(path);
   if (!normalized || !folder || !normalized.startsWith(folder + "/")) return { kind: "outside", written, alt };
   if (!PICTURE.test(normalized)) return null;
-  return { kind: "file", path: normalized, alt };
+  return { kind: "file", path: normalized, alt, source: source ?? written };
 }
+
+// The picture as the host's facts place it: another file (a wiki name found elsewhere in the
+// folder), its size, or no file at all.
+function placed(picture, facts) {
+  if (picture?.kind !== "file") return picture;
+  const fact = facts.pictures.get(picture.source);
+  if (fact === null) return { ...picture, kind: "missing" };
+  if (!fact) return picture;
+  return { ...picture, path: String(fact.path), width: fact.width, height: fact.height };
+}
+
+// The text column's width, which the boxes of pictures not drawn yet are estimated from.
+let columnWidth = 700;
+const columnWatch = ViewPlugin.fromClass(
+  class {
+    constructor(view) {
+      this.measure(view);
+    }
+
+    update(update) {
+      if (update.geometryChanged) this.measure(update.view);
+    }
+
+    measure(view) {
+      view.requestMeasure({
+        read() {
+          const style = getComputedStyle(view.contentDOM);
+          const width = view.contentDOM.clientWidth - parseFloat(style.paddingLeft) - parseFloat(style.paddingRight);
+          if (width > 0) columnWidth = width;
+        },
+      });
+    }
+  },
+);
 
 const fileUrl = (path) => "file://" + path.split("/").map(encodeURIComponent).join("/");
 
@@ -86,7 +125,7 @@ class PictureWidget extends WidgetType {
   eq(other) {
     const a = this.picture;
     const b = other.picture;
-    return a.kind === b.kind && a.path === b.path && a.address === b.address && a.written === b.written && a.alt === b.alt;
+    return a.kind === b.kind && a.path === b.path && a.address === b.address && a.written === b.written && a.alt === b.alt && a.width === b.width && a.height === b.height;
   }
 
   toDOM() {
@@ -97,6 +136,8 @@ class PictureWidget extends WidgetType {
       box.append(mark("Image distante non chargée", this.picture.address));
     } else if (kind === "outside") {
       box.append(mark("Image hors du dossier", `« ${this.picture.written} » ne se trouve pas dans le dossier ouvert.`));
+    } else if (kind === "missing") {
+      box.append(mark("Image introuvable", this.picture.path));
     } else {
       const image = document.createElement("img");
       image.alt = alt;
@@ -104,6 +145,16 @@ class PictureWidget extends WidgetType {
       image.loading = "lazy";
       image.decoding = "async";
       image.addEventListener("error", () => image.replaceWith(mark("Image introuvable", this.picture.path)));
+      const { width, height } = this.picture;
+      if (width > 0 && height > 0) {
+        // The box the picture will fill: its own width at most, the column's, and what keeps its
+        // height within 60 % of the editor's.
+        image.width = width;
+        image.height = height;
+        image.style.width = `min(${width}px, 100%, calc(60vh * ${width / height}))`;
+        image.style.height = "auto";
+        image.style.aspectRatio = `${width} / ${height}`;
+      }
       image.src = fileUrl(this.picture.path);
       box.append(image);
     }
@@ -111,7 +162,10 @@ class PictureWidget extends WidgetType {
   }
 
   get estimatedHeight() {
-    return this.picture.kind === "file" ? 240 : 28;
+    const { kind, width, height } = this.picture;
+    if (kind !== "file") return 28;
+    if (!(width > 0 && height > 0)) return 240;
+    return Math.min(height, 0.6 * window.innerHeight, (columnWidth * height) / width) + 12;
   }
 }
 
@@ -128,7 +182,7 @@ function pictureLine(state, text, from) {
   let i = 0;
   while (text.charCodeAt(i) === 32) i++;
   if (text[i] !== "!" && text[i] !== "<") return null;
-  const picture = pictureOf(text, state.facet(pictureDocument), state.facet(pictureFolder));
+  const picture = placed(pictureOf(text, state.facet(pictureDocument), state.facet(pictureFolder)), state.field(linkFacts));
   if (!picture || insideCode(state, from)) return null;
   return Decoration.widget({ widget: new PictureWidget(picture), block: true, side: 1 }).range(from + text.length);
 }
@@ -164,9 +218,20 @@ const pictureField = StateField.define({
       tr.startState.facet(pictureFolder) !== tr.state.facet(pictureFolder) ||
       tr.startState.facet(pictureDocument) !== tr.state.facet(pictureDocument);
     if (moved) return allPictures(tr.state);
-    if (!tr.docChanged) return set;
-    // Only the lines a change touched are read again.
+    const told = tr.effects.some((effect) => effect.is(setLinkFacts));
+    if (!tr.docChanged && !told) return set;
     set = set.map(tr.changes);
+    // New facts can only change the pictures already found: those lines are read again.
+    if (told) {
+      const ranges = [];
+      for (const cursor = set.iter(); cursor.value; cursor.next()) {
+        const line = tr.state.doc.lineAt(cursor.from);
+        const range = pictureLine(tr.state, line.text, line.from);
+        if (range) ranges.push(range);
+      }
+      set = Decoration.set(ranges);
+    }
+    // Only the lines a change touched are read again.
     tr.changes.iterChangedRanges((_fromA, _toA, fromB, toB) => {
       const first = tr.state.doc.lineAt(fromB);
       const last = tr.state.doc.lineAt(toB);
@@ -183,4 +248,4 @@ const pictureField = StateField.define({
   provide: (field) => EditorView.decorations.from(field),
 });
 
-export const pictures = [pictureField, pictureTheme];
+export const pictures = [linkFacts, pictureField, pictureTheme, columnWatch];

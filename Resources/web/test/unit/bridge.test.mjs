@@ -33,14 +33,3 @@ test("the web channel script is loaded from Qt's resources when missing", () => 
   assert.equal(appended.length, 1);
   assert.equal(appended[0].src, "qrc:///qtwebchannel/qwebchannel.js");
 });
-
-test("WebKit's handler, else the test hook", () => {
-  const viaWebKit = [];
-  createBridge({ webkit: { messageHandlers: { editorBridge: { postMessage: (m) => viaWebKit.push(m) } } } }).post({ type: "saveRequested" });
-  assert.deepEqual(viaWebKit, [{ type: "saveRequested" }]);
-
-  const viaHook = [];
-  createBridge({ __pagewellTest: { post: (m) => viaHook.push(m) } }).post({ type: "saveRequested" });
-  assert.deepEqual(viaHook, [{ type: "saveRequested" }]);
-  assert.doesNotThrow(() => createBridge({}).post({ type: "saveRequested" }));
-});

@@ -1,0 +1,121 @@
+#include "LinkFacts.h"
+
+#include "model/FileUrl.h"
+#include "services/LinkResolver.h"
+
+#include <QImageReader>
+#include <QJsonArray>
+#include <QtConcurrent>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Typing is read again once it pauses: the facts follow the text without running per key.
+constexpr int typingPauseMs = 400;
+
+QJsonValue pictureFacts(const QString &path)
+{
+    QImageReader reader(path);
+    QSize size = reader.size(); // from the file's header, without decoding the picture
+    // The browser turns photos as their camera said; so does their box.
+    if (reader.transformation().testFlag(QImageIOHandler::TransformationRotate90))
+        size.transpose();
+    QJsonObject facts {{u"path"_s, path}};
+    if (size.isValid() && !size.isEmpty()) {
+        facts.insert(u"width"_s, size.width());
+        facts.insert(u"height"_s, size.height());
+    }
+    return facts;
+}
+
+} // namespace
+
+LinkFacts::LinkFacts(QObject *parent) : QObject(parent)
+{
+    m_timer.setSingleShot(true);
+    connect(&m_timer, &QTimer::timeout, this, &LinkFacts::start);
+    connect(&m_watcher, &QFutureWatcher<QJsonObject>::finished, this, [this] {
+        const QJsonObject facts = m_watcher.result();
+        const std::optional<EditorDocument> &document
+            = m_store ? m_store->currentDocument() : std::nullopt;
+        // Facts of a document no longer open are dropped; so are facts already sent.
+        if (!document || FileUrl::path(document->fileURL) != m_runningPath
+            || (m_runningPath == m_sentPath && facts == m_sent))
+            return;
+        m_sentPath = m_runningPath;
+        m_sent = facts;
+        Q_EMIT factsChanged(facts, m_sentPath);
+    });
+}
+
+void LinkFacts::setStore(WorkspaceStore *store)
+{
+    if (m_store)
+        m_store->disconnect(this);
+    m_store = store;
+    if (!store)
+        return;
+    connect(store, &WorkspaceStore::documentReplaced, this, [this] { schedule(0); });
+    connect(store, &WorkspaceStore::rootItemChanged, this, [this] { schedule(0); });
+    connect(store, &WorkspaceStore::documentTextChanged, this, [this] { schedule(typingPauseMs); });
+    schedule(0);
+}
+
+void LinkFacts::resend()
+{
+    m_sentPath.clear();
+    m_sent = {};
+    schedule(0);
+}
+
+void LinkFacts::schedule(int delayMs)
+{
+    if (!m_timer.isActive() || delayMs < m_timer.remainingTime())
+        m_timer.start(delayMs);
+}
+
+void LinkFacts::start()
+{
+    if (!m_store || !m_store->currentDocument() || !m_store->rootItem())
+        return;
+    // One run at a time: a change meanwhile starts another once this one ends.
+    if (m_watcher.isRunning()) {
+        schedule(typingPauseMs);
+        return;
+    }
+    const EditorDocument &document = *m_store->currentDocument();
+    m_runningPath = FileUrl::path(document.fileURL);
+    // The text and the tree are shared, not copied, with the worker.
+    m_watcher.setFuture(QtConcurrent::run(&LinkFacts::compute, document.content, m_runningPath,
+                                          *m_store->rootItem()));
+}
+
+QJsonObject LinkFacts::compute(const QString &text, const QString &documentPath,
+                               const FileItem &root)
+{
+    const LinkResolver::Written written = LinkResolver::writtenIn(text);
+    // Wiki names are looked up in an index once there are several of them.
+    const auto wiki = [](const QString &target) { return target.startsWith(u"[["_s); };
+    std::unique_ptr<LinkResolver::NameIndex> names;
+    if (std::count_if(written.links.begin(), written.links.end(), wiki)
+            + std::count_if(written.pictures.begin(), written.pictures.end(), wiki)
+        > 1)
+        names = std::make_unique<LinkResolver::NameIndex>(root);
+
+    QJsonArray missing;
+    for (const QString &target : written.links) {
+        if (!LinkResolver::isWebAddress(target.mid(target.startsWith(u'<')))
+            && !LinkResolver::resolve(target, documentPath, root, names.get()))
+            missing.append(target);
+    }
+    QJsonObject pictures;
+    for (const QString &source : written.pictures) {
+        const std::optional<QString> path
+            = LinkResolver::resolvePicture(source, documentPath, root, names.get());
+        pictures.insert(source, path ? pictureFacts(*path) : QJsonValue());
+    }
+    return {{u"missing"_s, missing}, {u"pictures"_s, pictures}};
+}
