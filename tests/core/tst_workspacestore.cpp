@@ -132,19 +132,6 @@ private Q_SLOTS:
         QVERIFY(!store->showAlert());
     }
 
-    void emptyFolderKeepsThePreviousDocument()
-    {
-        auto store = launch();
-        const QString first = folder({u"a.md"_s});
-        store->openFolder(fileUrl(first));
-        const QString empty = folder({u"image.png"_s});
-        store->openFolder(fileUrl(empty));
-        QCOMPARE(store->rootURL(), fileUrl(empty));
-        QCOMPARE(store->rootItem()->children().size(), 1);
-        QCOMPARE(selectedPath(*store), first + u"/a.md"_s);
-        QCOMPARE(store->currentDocument()->content, u"# a.md\n"_s);
-    }
-
     void restoresTheLastSession()
     {
         const QString docs = folder({u"README.md"_s, u"b.md"_s});
@@ -168,19 +155,9 @@ private Q_SLOTS:
         // A last file that vanished gives way to the readme.
         QFile::remove(elsewhere + u"/outside.md"_s);
         QCOMPARE(selectedPath(*launch()), docs + u"/README.md"_s);
-    }
-
-    void vanishedLastFolderOpensNothing()
-    {
-        const QString docs = folder({u"README.md"_s});
-        launch()->openFolder(fileUrl(docs));
+        // A last folder that vanished opens nothing.
         QVERIFY(QDir(docs).removeRecursively());
-        auto store = launch();
-        QVERIFY(store->rootURL().isEmpty());
-        QVERIFY(!store->currentDocument());
-        // Nothing is forgotten: the folder may come back.
-        QCOMPARE(settings().value(WorkspaceStore::lastFolderKey).toString(), docs);
-        QCOMPARE(store->recentFolderPaths(), QStringList {docs});
+        QVERIFY(launch()->rootURL().isEmpty());
     }
 
     void openFileFailuresAndNoOps()
@@ -191,13 +168,7 @@ private Q_SLOTS:
         store->openFolder(fileUrl(path));
         const std::optional<EditorDocument> before = store->currentDocument();
 
-        QStringList order;
-        connect(store.get(), &WorkspaceStore::alertMessageChanged, this,
-                [&order] { order.append(u"message"_s); });
-        connect(store.get(), &WorkspaceStore::showAlertChanged, this,
-                [&order] { order.append(u"show"_s); });
         store->openFile(fileUrl(path + u"/latin.md"_s));
-        QCOMPARE(order, (QStringList {u"message"_s, u"show"_s}));
         QVERIFY(store->showAlert());
         QVERIFY(store->alertMessage().startsWith(u"Impossible de lire le fichier: Le fichier "));
         QVERIFY(store->alertMessage().contains(u"UTF-8"));
@@ -243,32 +214,6 @@ private Q_SLOTS:
         QCOMPARE(readFile(path + u"/a.md"_s), QByteArray("# a.md\n"));
     }
 
-    void savingWritesExactlyTheText()
-    {
-        auto store = launch();
-        const QString path = folder({});
-        const QByteArray bytes("\xEF\xBB\xBF# Titre\r\n\r\n\tCaf\xC3\xA9  \r\nfin sans saut");
-        writeFile(path + u"/doc.md"_s, bytes);
-        store->openFolder(fileUrl(path));
-        const QDateTime opened = store->currentDocument()->lastModified;
-
-        // Unedited: the same bytes go back.
-        QTest::qWait(5);
-        store->saveCurrentDocument();
-        QCOMPARE(readFile(path + u"/doc.md"_s), bytes);
-        QVERIFY(store->currentDocument()->lastModified > opened);
-
-        QString edited = store->currentDocument()->content;
-        edited.replace(u"fin"_s, u"début"_s);
-        store->updateDocumentContent(edited);
-        store->saveCurrentDocument();
-        QVERIFY(!store->currentDocument()->isDirty);
-        QCOMPARE(readFile(path + u"/doc.md"_s),
-                 QByteArray("\xEF\xBB\xBF# Titre\r\n\r\n\tCaf\xC3\xA9  \r\nd\xC3\xA9"
-                            "but sans saut"));
-        QVERIFY(!store->showAlert());
-    }
-
     void failedSaveShowsTheAlertAndKeepsTheEdits()
     {
         auto store = launch();
@@ -312,11 +257,6 @@ private Q_SLOTS:
             QCOMPARE(file.matches.at(0).matchTerm, u"ab"_s);
             QCOMPARE(file.matches.at(0).lineNumber, 2);
         }
-
-        // A rescan leaves the results alone.
-        store->reloadCurrentFolder();
-        QCOMPARE(store->searchResults().size(), 40);
-        QCOMPARE(results.count(), 1);
     }
 
     void clearingStopsTheRunningSearch()
@@ -334,13 +274,9 @@ private Q_SLOTS:
         QTest::qWait(100);
         QCOMPARE(results.count(), 1); // the late result was dropped
         QVERIFY(!store->isSearching());
-
-        // A line break alone is not blank: it searches (and finds nothing).
+        // A line break alone is not blank: it searches.
         store->updateSearch(u"\n"_s);
-        QVERIFY(!store->isSearchQueryBlank());
-        QVERIFY(store->isSearching());
-        QTRY_VERIFY(!store->isSearching());
-        QCOMPARE(results.count(), 2);
+        QVERIFY(!store->isSearchQueryBlank() && store->isSearching());
     }
 
     void createsAndOpensNewDocuments()
@@ -388,13 +324,7 @@ private Q_SLOTS:
         QVERIFY(store->currentDocument());
         QCOMPARE(store->rootItem()->children().size(), 2);
 
-        QStringList order;
-        connect(store.get(), &WorkspaceStore::selectedFileURLChanged, this,
-                [&order] { order.append(u"selection"_s); });
-        connect(store.get(), &WorkspaceStore::currentDocumentChanged, this,
-                [&order] { order.append(u"document"_s); });
         store->deleteFile(store->selectedFileURL());
-        QCOMPARE(order, (QStringList {u"selection"_s, u"document"_s}));
         QVERIFY(store->selectedFileURL().isEmpty());
         QVERIFY(!store->currentDocument());
         QVERIFY(!QFileInfo::exists(path + u"/README.md"_s));

@@ -19,22 +19,6 @@ TestCase {
         }
     }
 
-    Component {
-        id: emptyComponent
-
-        EmptyWorkspaceView {
-            anchors.fill: parent
-        }
-    }
-
-    Component {
-        id: treeComponent
-
-        FolderTreeView {
-            anchors.fill: parent
-        }
-    }
-
     function action(app, menuTitle, text) {
         for (let m = 0; m < app.menuBar.count; ++m) {
             const menu = app.menuBar.menuAt(m);
@@ -81,44 +65,5 @@ TestCase {
         mouseClick(ok);
         tryVerify(() => !WorkspaceStore.showAlert);
         tryVerify(() => !alert.visible);
-    }
-
-    // Seven remembered folders show five, most recent first; a row opens its folder; clearing
-    // hides the block.
-    function test_recentFolders() {
-        for (let i = 1; i <= 7; ++i)
-            WorkspaceStore.openFolder(fixture.url(fixture.makeFolder(["r" + i + ".md"])));
-        const view = createTemporaryObject(emptyComponent, test);
-        const rows = findChild(view, "recentRows");
-        compare(rows.count, 5);
-        compare(rows.itemAt(0).text, WorkspaceStore.recentFolderPaths[0].split("/").pop());
-        const fourth = WorkspaceStore.recentFolderPaths[3];
-        mouseClick(rows.itemAt(3));
-        compare(PathNames.fromUrl(WorkspaceStore.rootURL), fourth);
-        mouseClick(findChild(view, "clearRecentsButton"));
-        verify(!findChild(view, "recentFolders").visible);
-    }
-
-    function test_treeKeyboard() {
-        const root = fixture.makeFolder(["A/a.md", "z.md"]);
-        WorkspaceStore.openFolder(fixture.url(root));
-        const tree = createTemporaryObject(treeComponent, test);
-        const names = () => {
-            const result = [];
-            for (let i = 0; i < tree.model.count; ++i)
-                result.push(tree.model.data(tree.model.index(i, 0), FolderTreeModel.NameRole));
-            return result;
-        };
-        tree.list.forceActiveFocus();
-        tree.list.currentIndex = 0; // A
-        keyClick(Qt.Key_Left);
-        compare(names(), ["A", "z.md"]);
-        keyClick(Qt.Key_Right);
-        compare(names(), ["A", "a.md", "z.md"]);
-        keyClick(Qt.Key_Down);
-        keyClick(Qt.Key_Return);
-        compare(PathNames.fromUrl(WorkspaceStore.selectedFileURL), root + "/A/a.md");
-        keyClick(Qt.Key_Left); // to the folder holding it
-        compare(tree.list.currentIndex, 0);
     }
 }

@@ -22,14 +22,3 @@ test("messages wait for the web channel, then go in order", () => {
     ["headingsUpdated", "contentChanged", "saveRequested"],
   );
 });
-
-test("the web channel script is loaded from Qt's resources when missing", () => {
-  const appended = [];
-  const win = {
-    qt: { webChannelTransport: {} },
-    document: { createElement: () => ({}), head: { appendChild: (node) => appended.push(node) } },
-  };
-  createBridge(win).post({ type: "saveRequested" });
-  assert.equal(appended.length, 1);
-  assert.equal(appended[0].src, "qrc:///qtwebchannel/qwebchannel.js");
-});

@@ -30,10 +30,3 @@ test("the new version is reached whatever changed: lines added, removed, rewritt
     assert.equal(apply(crlf(before), crlf(after), "\r\n").text, crlf(after));
   }
 });
-
-test("only the lines that differ are touched; equal texts change nothing", () => {
-  assert.equal(apply("a\nb\nc", "a\nb\nc").change, null);
-  const { change } = apply("un\ndeux\ntrois\nquatre", "un\ndeux\nTROIS\nquatre");
-  assert.equal(change.from, "un\ndeux\n".length);
-  assert.equal(change.to, "un\ndeux\ntrois".length);
-});

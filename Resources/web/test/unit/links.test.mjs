@@ -38,13 +38,3 @@ test("the link under the caret, its target as written", async () => {
   assert.equal(at("réf"), null); // a reference link
   assert.equal(at("Voir"), null);
 });
-
-test("a link's destination as the tooltip shows it", async () => {
-  const { destination } = await import("../../src/links.js");
-  const doc = "/w/docs/fr/guide.md";
-  assert.equal(destination("../en/install.md#linux", doc, "/w/docs"), "en/install.md#linux");
-  assert.equal(destination("<mes%20notes.md>", doc, "/w/docs"), "fr/mes notes.md");
-  assert.equal(destination("[[Installation#Linux|ici]]", doc, "/w/docs"), "Installation#Linux");
-  assert.equal(destination("#plan", doc, "/w/docs"), "#plan");
-  assert.equal(destination("../../etc/x.md", doc, "/w/docs"), "/w/etc/x.md");
-});

@@ -1,7 +1,7 @@
 import { test } from "node:test";
 import assert from "node:assert/strict";
 import { EditorState } from "@codemirror/state";
-import { DocInput, ensureSyntaxTree, language, syntaxTree } from "@codemirror/language";
+import { DocInput, ensureSyntaxTree, language } from "@codemirror/language";
 import { markdown, markdownLanguage } from "@codemirror/lang-markdown";
 import { frontMatter } from "../../src/frontMatter.js";
 import { blocksOnly, fromTree, headingText, outlineField, slugify, withIds } from "../../src/outline.js";
@@ -98,26 +98,4 @@ test("the outline kept across edits is the one read afresh", () => {
     }
     assert.ok(most > 40 && changed > 10, `${most} headings at most, ${changed} changes`);
   }
-});
-
-test("a large document's outline grows with the parse and is whole once it ends", () => {
-  const sections = Array.from({ length: 20000 }, (_, i) => `## Section ${i}\n\nUn paragraphe de texte ordinaire.\n`);
-  let state = stateOf(sections.join("\n"));
-  const first = state.field(outlineField);
-  assert.ok(first.covered < state.doc.length && first.headings.length < 20000);
-  // An edit before the parse ends keeps what was read, and the parse carries on from there.
-  state = state.update({ changes: { from: 0, insert: "# Début\n" } }).state;
-  assert.equal(state.field(outlineField).headings[0].text, "Début");
-  state = parsed(state);
-  const whole = state.field(outlineField);
-  assert.equal(whole.covered, state.doc.length);
-  assert.equal(whole.headings.length, 20001);
-  assert.equal(whole.headings.at(-1).text, "Section 19999");
-  assert.equal(syntaxTree(state).length, state.doc.length);
-  // Typing in ordinary text leaves the outline as it was, the same heading objects before it.
-  const at = state.doc.line(Math.floor(state.doc.lines / 2)).to;
-  const typed = state.update({ changes: { from: at, insert: "x" } }).state.field(outlineField);
-  assert.equal(typed.changed, false);
-  assert.equal(typed.headings[5], whole.headings[5]);
-  assert.equal(typed.headings.length, 20001);
 });
