@@ -150,7 +150,7 @@ class Session:
                     and n.getState().contains(pyatspi.STATE_SHOWING))
 
     def editor_text(self):
-        """The editor's text as a screen reader reads it, or None."""
+        """The editor's text as a screen reader reads it (the lines drawn), or None."""
         page = find(self.app, lambda n: n.getRoleName() == "document web" and n.childCount > 0)
         field = find(page, lambda n: n.getRoleName() == "text"
                      and n.getState().contains(pyatspi.STATE_EDITABLE))
