@@ -11,7 +11,7 @@ import {
   crosshairCursor,
 } from "@codemirror/view";
 import { defaultKeymap, history, historyKeymap, indentWithTab, isolateHistory } from "@codemirror/commands";
-import { bracketMatching, ensureSyntaxTree, indentOnInput } from "@codemirror/language";
+import { bracketMatching, indentOnInput } from "@codemirror/language";
 import { closeBrackets, closeBracketsKeymap } from "@codemirror/autocomplete";
 import { search, searchKeymap } from "@codemirror/search";
 import { markdown, markdownLanguage } from "@codemirror/lang-markdown";
@@ -174,8 +174,7 @@ export function createEditor(parent, { post }) {
     folderSetting.of(pictureFolder.of(folder)),
   ];
 
-  // A text below the large size is parsed whole before it shows, so its first outline is whole;
-  // a larger one shows at once and is parsed in idle time.
+  // A text shows at once; CodeMirror parses what is on screen, and the rest follows in idle time.
   function makeState(markdownText, path) {
     const split = splitByteOrderMark(markdownText);
     const state = EditorState.create({
@@ -187,8 +186,7 @@ export function createEditor(parent, { post }) {
         pictureDocument.of(path),
       ],
     });
-    if (state.doc.length >= LARGE_DOCUMENT || !ensureSyntaxTree(state, state.doc.length, 1e9)) return state;
-    return state.update({}).state;
+    return state;
   }
 
   // Where each document was left when another replaced it: the line at the top and the caret.

@@ -219,8 +219,15 @@ const pictureField = StateField.define({
       tr.startState.facet(pictureDocument) !== tr.state.facet(pictureDocument);
     if (moved) return allPictures(tr.state);
     const told = tr.effects.some((effect) => effect.is(setLinkFacts));
-    if (!tr.docChanged && !told) return set;
-    set = set.map(tr.changes);
+    // As the parse reaches further, a picture line it finds inside code goes.
+    if (syntaxTree(tr.state).length > syntaxTree(tr.startState).length) {
+      set = set.map(tr.changes).update({ filter: (from) => !insideCode(tr.state, from) });
+      if (!tr.docChanged && !told) return set;
+    } else if (!tr.docChanged && !told) {
+      return set;
+    } else {
+      set = set.map(tr.changes);
+    }
     // New facts can only change the pictures already found: those lines are read again.
     if (told) {
       const ranges = [];

@@ -219,7 +219,9 @@ test("scrollToHeading puts the heading at the top with the caret on it", async (
   const lines = Array.from({ length: 400 }, (_, i) => ((i + 1) % 100 === 0 ? `## Partie ${(i + 1) / 100}` : `Ligne ${i + 1} du texte.`));
   await withEditor(async ({ page, messages }) => {
     await page.evaluate((t) => window.Pagewell.setContent(t, "/w/long.md"), lines.join("\n"));
-    const outline = (await messages()).find((m) => m.type === "headingsUpdated").headings;
+    // The outline grows as the text is parsed, in idle time: the whole of it follows the first.
+    await page.waitForFunction(() => window.__pagewellTest.messages.filter((m) => m.type === "headingsUpdated").at(-1).headings.length === 4);
+    const outline = (await messages()).filter((m) => m.type === "headingsUpdated").at(-1).headings;
     await page.evaluate((id) => (window.Pagewell.scrollToHeading(id), window.Pagewell.scrollToHeading("absent")), outline[2].id);
     await settle(page);
     const where = await page.evaluate(() => {
