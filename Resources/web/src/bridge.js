@@ -1,5 +1,6 @@
 // The one way out of the page: messages to the native handler "editorBridge". Through Qt's web
-// channel when the page runs in Pagewell, else to a test hook. Messages posted before the channel is up wait in a queue, in order.
+// channel when the page runs in Pagewell, else to a test hook. Messages posted before the channel
+// is up wait in a queue, in order.
 
 export function createBridge(win = window) {
   const queue = [];

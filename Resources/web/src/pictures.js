@@ -125,7 +125,7 @@ class PictureWidget extends WidgetType {
   eq(other) {
     const a = this.picture;
     const b = other.picture;
-    return a.kind === b.kind && a.path === b.path && a.address === b.address && a.written === b.written && a.alt === b.alt && a.width === b.width && a.height === b.height;
+    return ["kind", "path", "address", "written", "alt", "width", "height"].every((key) => a[key] === b[key]);
   }
 
   toDOM() {
