@@ -18,8 +18,7 @@ struct Recorder
 {
     QStringList scripts;
     QList<bool> completions;
-    // The link facts come from a worker thread, whenever it is done: only their own test sees
-    // them.
+    // The link facts come from a worker thread whenever it is done: their own test only.
     bool withLinkFacts = false;
 };
 

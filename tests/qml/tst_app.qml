@@ -40,7 +40,6 @@ TestCase {
         const root = fixture.makeFolder(["sub/"]);
         WorkspaceStore.openFolder(fixture.url(root));
         // A folder open, no document: only "Enregistrer" is disabled.
-        verify(action(app, "Fichier", "Recharger le fichier").enabled);
         verify(!action(app, "Fichier", "Enregistrer").enabled);
 
         // Ctrl+N creates untitled.md in the folder and opens it.

@@ -23,8 +23,7 @@ class Fixture : public QObject
 public:
     explicit Fixture(QObject *parent = nullptr) : QObject(parent) { }
 
-    // A new folder holding `files` (a name ending in "/" is a folder); each file holds its name
-    // as a heading.
+    // A new folder holding `files` (a name ending in "/" is a folder, a file holds its name).
     Q_INVOKABLE QString makeFolder(const QStringList &files)
     {
         const QString path = m_dir.filePath(u"f%1"_s.arg(++m_count));
