@@ -11,6 +11,10 @@ import Pagewell
 Item {
     id: root
 
+    // A region of its own for screen readers, holding the page's text.
+    Accessible.role: Accessible.Pane
+    Accessible.name: "Texte du document"
+
     property alias coordinator: coordinator
     // The page to show; found beside the application unless given.
     property alias pageUrl: coordinator.pageUrl

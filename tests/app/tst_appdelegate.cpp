@@ -72,7 +72,6 @@ private Q_SLOTS:
         QCOMPARE(QSettings(settings, QSettings::IniFormat).value(WorkspaceStore::lastFileKey),
                  QVariant(root + u"/other.md"_s));
         QVERIFY(!delegate.updaterController()); // no feed, no controller
-        delegate.checkForUpdates(); // and the menu item does nothing
 
         // Only the first of several URLs; a folder opens as the workspace.
         delegate.handleOpenURLs(

@@ -101,7 +101,6 @@ private Q_SLOTS:
         QVERIFY(!store->recentFolderPaths().contains(folders[1])); // the oldest one went
         QCOMPARE(settings().value(WorkspaceStore::recentsKey).toStringList(),
                  store->recentFolderPaths());
-        QCOMPARE(settings().value(WorkspaceStore::lastFolderKey).toString(), folders[10]);
     }
 
     void opensTheReadmeOrTheFirstDocument()

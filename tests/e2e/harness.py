@@ -159,6 +159,14 @@ class Session:
         except Exception:
             return None
 
+    def text_point(self, text):
+        """Where the editor draws `text` on the screen (the web view tells its own positions)."""
+        pane = self.named("panel", "Texte du document").queryComponent()
+        piece = find(self.app, lambda n: n.getRoleName() == "label" and n.name == text)
+        x, y, _, _ = pane.getExtents(pyatspi.DESKTOP_COORDS)
+        dx, dy, width, height = piece.queryComponent().getExtents(pyatspi.DESKTOP_COORDS)
+        return x + dx + width // 2, y + dy + height // 2
+
     def shot(self, name):
         if SHOTS:
             subprocess.run(["import", "-window", "root", os.path.join(SHOTS, name + ".png")])

@@ -304,7 +304,6 @@ private Q_SLOTS:
         // A window the page opens (Ctrl+click on a web address) goes to the desktop's browser
         // only for a web address.
         QVERIFY(Coordinator::opensOutside(QUrl(u"https://example.org/a"_s)));
-        QVERIFY(Coordinator::opensOutside(QUrl(u"HTTP://example.org/"_s)));
         QVERIFY(!Coordinator::opensOutside(QUrl::fromLocalFile(u"/etc/passwd"_s)));
         QVERIFY(!Coordinator::opensOutside(QUrl(u"javascript:alert(1)"_s)));
         QVERIFY(!Coordinator::opensOutside(QUrl(u"mailto:a@b.c"_s)));
