@@ -234,6 +234,8 @@ Written writtenIn(const QString &text)
         QRegularExpression::CaseInsensitiveOption);
     static const QRegularExpression inlineLink(uR"re(\]\(\s*(<[^>\n]*>|[^\s)]+))re"_s);
     static const QRegularExpression wikiLink(uR"re(\[\[[^\[\]\n]+\]\])re"_s);
+    // A reference definition, "[label]: target", which reference links lead through.
+    static const QRegularExpression definition(uR"re(^ {0,3}\[[^\]]+\]:\s*(<[^>\n]*>|\S+))re"_s);
 
     Written written;
     QSet<QString> seenLinks;
@@ -246,7 +248,8 @@ Written writtenIn(const QString &text)
     };
     for (const QStringView line : QStringView(text).tokenize(u'\n')) {
         // Most lines hold no link at all, and pass without a pattern.
-        const bool linkish = line.contains(u"]("_s) || line.contains(u"[["_s);
+        const bool linkish
+            = line.contains(u"]("_s) || line.contains(u"[["_s) || line.contains(u"]:"_s);
         if (!linkish && !line.contains(u"<img"_s, Qt::CaseInsensitive))
             continue;
         const QStringView trimmed = line.trimmed();
@@ -267,7 +270,7 @@ Written writtenIn(const QString &text)
         }
         if (!linkish)
             continue;
-        for (const QRegularExpression *pattern : {&inlineLink, &wikiLink}) {
+        for (const QRegularExpression *pattern : {&inlineLink, &wikiLink, &definition}) {
             for (QRegularExpressionMatchIterator it = pattern->globalMatch(line); it.hasNext();) {
                 const QRegularExpressionMatch match = it.next();
                 const QString target = match.captured(match.lastCapturedIndex());

@@ -53,8 +53,8 @@ std::optional<QString> resolvePicture(const QString &source, const QString &from
                                       const FileItem &root, const NameIndex *names = nullptr);
 
 // What a document's text points at, each written once and as written: the targets of its links
-// ("guide/install.md#linux", "<a b.md>", "[[Name|label]]") and the sources of its pictures
-// standing on lines of their own (as resolvePicture takes them).
+// and reference definitions ("guide/install.md#linux", "<a b.md>", "[[Name|label]]") and the
+// sources of its pictures standing on lines of their own (as resolvePicture takes them).
 struct Written
 {
     QStringList links;

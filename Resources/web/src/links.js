@@ -22,8 +22,23 @@ export function addressAt(text, at) {
   return null;
 }
 
+// A link label as references compare them: without case, its spaces run together.
+const labelKey = (label) => label.replace(/^\[|\]$/g, "").trim().replace(/\s+/g, " ").toLowerCase();
+
+// What the reference definition "[label]: target" of the document says, or null. Read from the
+// text, line by line, since a definition may lie past what is parsed.
+function definition(state, label) {
+  const key = labelKey(label);
+  for (const lines = state.doc.iterLines(); !lines.next().done; ) {
+    const match = /^ {0,3}\[([^\]]+)\]:\s*(<[^>\n]*>|\S+)/.exec(lines.value);
+    if (match && labelKey(match[1]) === key) return match[2];
+  }
+  return null;
+}
+
 // The link at `pos`: { address } for a web address, { target } for a link to follow in the folder
-// (as written: "../guide/install.md#linux", "<a b.md>", "[[Name|label]]"), or null.
+// (as written: "../guide/install.md#linux", "<a b.md>", "[[Name|label]]"), or null. A reference
+// link ("[texte][réf]", "[réf]") leads where its definition says.
 export function linkAt(state, pos) {
   const line = state.doc.lineAt(pos);
   const at = pos - line.from;
@@ -33,8 +48,11 @@ export function linkAt(state, pos) {
   for (let node = syntaxTree(state).resolveInner(pos, 0); node; node = node.parent) {
     if (node.name !== "Link" && node.name !== "Autolink") continue;
     const url = node.getChild("URL");
-    if (!url) return null; // a reference link: its definition is elsewhere
-    const written = state.sliceDoc(url.from, url.to);
+    const label = node.getChild("LinkLabel");
+    const written = url
+      ? state.sliceDoc(url.from, url.to)
+      : definition(state, label ? state.sliceDoc(label.from, label.to) : state.sliceDoc(node.from, node.to).replace(/\[\]$/, ""));
+    if (written === null) return null;
     return WEB.test(written.replace(/^</, "")) ? { address: written.replace(/^<|>$/g, "") } : { target: written };
   }
   const address = addressAt(line.text, at);
@@ -91,7 +109,7 @@ function missingLinks(view) {
       from,
       to,
       enter(node) {
-        if (node.name !== "Link") return;
+        if (node.name !== "Link" && node.name !== "LinkReference") return;
         const url = node.node.getChild("URL");
         if (url && missing.has(view.state.sliceDoc(url.from, url.to))) marks.push(missingMark.range(node.from, node.to));
         return false;

@@ -25,7 +25,9 @@ test("the link under the caret, its target as written", async () => {
   const { linkAt } = await import("../../src/links.js");
   const text = [
     "Voir [l'installation](../guide/install.md#linux) et [[Installation#Sous Linux|ici]].",
-    "Aussi [deux mots](<mes notes.md>), [web](https://a.org/x) et <mailto:a@b.fr>, [réf][r].",
+    "Aussi [deux mots](<mes notes.md>), [web](https://a.org/x) et <mailto:a@b.fr>, [réf][r], [sans][nulle].",
+    "",
+    '[R]: ../notes/réf.md "titre"',
   ].join("\n");
   const state = EditorState.create({ doc: text, extensions: [markdown({ base: markdownLanguage })] });
   ensureSyntaxTree(state, state.doc.length, 1e9);
@@ -35,6 +37,7 @@ test("the link under the caret, its target as written", async () => {
   assert.deepEqual(at("deux"), { target: "<mes notes.md>" });
   assert.deepEqual(at("web"), { address: "https://a.org/x" });
   assert.deepEqual(at("mailto"), { address: "mailto:a@b.fr" });
-  assert.equal(at("réf"), null); // a reference link
+  assert.deepEqual(at("réf"), { target: "../notes/réf.md" }); // where its definition says
+  assert.equal(at("sans"), null); // a reference nothing defines
   assert.equal(at("Voir"), null);
 });
