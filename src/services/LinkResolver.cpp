@@ -43,7 +43,7 @@ bool isPictureName(const QString &name)
     return picture.match(name).hasMatch();
 }
 
-// The files below `folder` whose name, without case, `matches`.
+// The files below `folder` that `matches` accepts.
 template<typename Matches>
 void collect(const FileItem &folder, const Matches &matches, QList<const FileItem *> &out)
 {
