@@ -1,7 +1,8 @@
 #!/usr/bin/python3
 """The real application on a fixture folder, used through the accessibility bus as a person would:
-the tree, a file, the header's texts, typing and saving, search, a new file and its deletion, the
-hand-over to a running instance, and the session remembered."""
+the tree and its keys, a file, the header's texts, typing and saving, search, a new file and its
+deletion, links, pictures and going back, the hand-over to a running instance, and the session
+remembered."""
 import os
 import subprocess
 import sys

@@ -1,5 +1,5 @@
 // The real editor page in Qt's web engine, inside the real view, talking to the application's
-// store through the real web channel: open, type, save, undo, drafts, spelling.
+// store through the real web channel: start, saves and drafts of large documents, spelling.
 #include "../core/TestFiles.h"
 #include "workspace/WorkspaceStore.h"
 
