@@ -18,11 +18,10 @@ using namespace Qt::StringLiterals;
 
 Coordinator::Coordinator(QObject *parent) : QObject(parent)
 {
+    // Facts are worked out only once the page has loaded (navigationFinished).
     connect(&m_linkFacts, &LinkFacts::factsChanged, this,
             [this](const QJsonObject &facts, const QString &documentPath) {
-                if (m_pageLoaded)
-                    Q_EMIT scriptRequested(EditorScripts::linkFactsCall(facts, documentPath),
-                                           false);
+                Q_EMIT scriptRequested(EditorScripts::linkFactsCall(facts, documentPath), false);
             });
 }
 

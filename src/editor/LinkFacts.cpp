@@ -66,6 +66,7 @@ void LinkFacts::setStore(WorkspaceStore *store)
 
 void LinkFacts::resend()
 {
+    m_pageReady = true;
     m_sentPath.clear();
     m_sent = {};
     schedule(0);
@@ -73,6 +74,8 @@ void LinkFacts::resend()
 
 void LinkFacts::schedule(int delayMs)
 {
+    if (!m_pageReady)
+        return;
     if (!m_timer.isActive() || delayMs < m_timer.remainingTime())
         m_timer.start(delayMs);
 }
@@ -107,15 +110,18 @@ QJsonObject LinkFacts::compute(const QString &text, const QString &documentPath,
 
     QJsonArray missing;
     for (const QString &target : written.links) {
-        if (!LinkResolver::isWebAddress(target.mid(target.startsWith(u'<')))
+        if (!LinkResolver::isWebAddress(target)
             && !LinkResolver::resolve(target, documentPath, root, names.get()))
             missing.append(target);
     }
     QJsonObject pictures;
+    QHash<QString, QJsonValue> read; // a file shown many times is read once
     for (const QString &source : written.pictures) {
         const std::optional<QString> path
             = LinkResolver::resolvePicture(source, documentPath, root, names.get());
-        pictures.insert(source, path ? pictureFacts(*path) : QJsonValue());
+        if (path && !read.contains(*path))
+            read.insert(*path, pictureFacts(*path));
+        pictures.insert(source, path ? read.value(*path) : QJsonValue());
     }
     return {{u"missing"_s, missing}, {u"pictures"_s, pictures}};
 }

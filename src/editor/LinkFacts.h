@@ -21,7 +21,8 @@ public:
     explicit LinkFacts(QObject *parent = nullptr);
 
     void setStore(WorkspaceStore *store);
-    // The page has loaded, or lost what it was told: everything is sent again.
+    // The page has loaded, or lost what it was told: everything is sent again. Nothing is worked
+    // out before the first call, while the page could not take it.
     void resend();
 
     // The facts of `text`, as the page takes them: {"missing": [target, ...], "pictures":
@@ -43,4 +44,5 @@ private:
     QString m_runningPath;
     QString m_sentPath;
     QJsonObject m_sent;
+    bool m_pageReady = false;
 };

@@ -145,8 +145,11 @@ QList<const FileItem *> NameIndex::named(const QString &name) const
 
 bool isWebAddress(const QString &target)
 {
-    static const QRegularExpression scheme(u"^[A-Za-z][A-Za-z0-9+.-]*:"_s);
-    return !target.startsWith(u"file:"_s, Qt::CaseInsensitive) && scheme.match(target).hasMatch();
+    static const QRegularExpression scheme(u"^<?[A-Za-z][A-Za-z0-9+.-]*:"_s);
+    return !QStringView(target)
+                .mid(target.startsWith(u'<'))
+                .startsWith(u"file:"_s, Qt::CaseInsensitive)
+        && scheme.match(target).hasMatch();
 }
 
 std::optional<Target> resolve(const QString &target, const QString &fromPath, const FileItem &root,
@@ -225,6 +228,8 @@ std::optional<QString> resolvePicture(const QString &source, const QString &from
 
 Written writtenIn(const QString &text)
 {
+    // The page's picture lines (pictures.js), read alike: its facts are looked up by these
+    // sources as written.
     static const QRegularExpression markdownPicture(
         uR"re(^ {0,3}!\[[^\]]*\]\(\s*(<[^>\n]*>|[^\s)]+)(?:\s+(?:"[^"]*"|'[^']*'))?\s*\)\s*$)re"_s);
     static const QRegularExpression wikiPicture(

@@ -232,7 +232,7 @@ private Q_SLOTS:
         writeFile(root + u"/img/rouge.png"_s,
                   QByteArray::fromBase64("iVBORw0KGgoAAAANSUhEUgAAAAIAAAABCAIAAAB7QOjdAAAAEElEQVR4"
                                          "nGP4z8DAwMDAAAAN/QH/ZtN3bgAAAABJRU5ErkJggg=="));
-        const QString text = u"[x](absent.md) [y](a.md)\n![[rouge.png]]\n"_s;
+        const QString text = u"[x](absent.md) [y](a.md) [w](<https://a.org>)\n![[rouge.png]]\n"_s;
         writeFile(root + u"/a.md"_s, text.toUtf8());
         store->openFolder(QUrl::fromLocalFile(root), QUrl::fromLocalFile(root + u"/a.md"_s));
         Recorder calls;

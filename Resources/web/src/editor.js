@@ -25,7 +25,7 @@ import { wrapSelectionInMarkers } from "./emphasis.js";
 import { completeOutline, outlineComplete, outlineField, outlineParser, slugify, withIds } from "./outline.js";
 import { linkAt, linkHints } from "./links.js";
 import { readFacts, setLinkFacts } from "./linkFacts.js";
-import { pictureDocument, pictureFolder, pictures } from "./pictures.js";
+import { documentPath, openFolder, pictures } from "./pictures.js";
 import { tableGrids } from "./tables.js";
 import { detectLineSeparator, normalizeLineBreaks, splitByteOrderMark } from "./lineBreaks.js";
 import { lineChange } from "./lineChange.js";
@@ -59,11 +59,8 @@ const pastedLineBreaks = EditorState.transactionFilter.of((tr) => {
   };
 });
 
-// What the page knows of the document beside its text: whether its bytes start with a
-// byte-order mark, and its path.
-const documentFacts = Facet.define({
-  combine: (values) => values[0] ?? { bom: false, path: "" },
-});
+// Whether the document's bytes start with a byte-order mark, which its text leaves out.
+const byteOrderMark = Facet.define({ combine: (values) => values[0] ?? false });
 
 function outlineMessage(state) {
   const headings = withIds(state.field(outlineField).headings).map(({ id, level, text }) => ({ id, level, text }));
@@ -84,9 +81,9 @@ export function createEditor(parent, { post }) {
   function sendContent(state = view.state) {
     clearTimeout(contentTimer);
     contentTimer = 0;
-    const { bom, path } = state.facet(documentFacts);
     // sliceDoc joins the lines with the document's own line breaks.
-    post({ type: "contentChanged", markdown: (bom ? "\ufeff" : "") + state.sliceDoc(), path });
+    const markdown = (state.facet(byteOrderMark) ? "\ufeff" : "") + state.sliceDoc();
+    post({ type: "contentChanged", markdown, path: state.facet(documentPath) });
   }
 
   // What the page posts as the document changes: its text, then its outline. The outline goes
@@ -123,7 +120,7 @@ export function createEditor(parent, { post }) {
     const link = linkAt(view.state, pos);
     if (!link) return false;
     if (link.address) window.open(link.address, "_blank", "noopener");
-    else post({ type: "openLink", target: link.target, path: view.state.facet(documentFacts).path });
+    else post({ type: "openLink", target: link.target, path: view.state.facet(documentPath) });
     return true;
   }
 
@@ -171,22 +168,21 @@ export function createEditor(parent, { post }) {
     pictures,
     tableGrids,
     linkHints,
-    folderSetting.of(pictureFolder.of(folder)),
+    folderSetting.of(openFolder.of(folder)),
   ];
 
   // A text shows at once; CodeMirror parses what is on screen, and the rest follows in idle time.
   function makeState(markdownText, path) {
     const split = splitByteOrderMark(markdownText);
-    const state = EditorState.create({
+    return EditorState.create({
       doc: split.text,
       extensions: [
         extensions(),
         EditorState.lineSeparator.of(detectLineSeparator(split.text)),
-        documentFacts.of({ bom: split.bom, path }),
-        pictureDocument.of(path),
+        byteOrderMark.of(split.bom),
+        documentPath.of(path),
       ],
     });
-    return state;
   }
 
   // Where each document was left when another replaced it: the line at the top and the caret.
@@ -198,7 +194,7 @@ export function createEditor(parent, { post }) {
     if (contentTimer) sendContent();
     if (view) {
       const top = view.lineBlockAtHeight(view.scrollDOM.getBoundingClientRect().top - view.documentTop).from;
-      positions.set(view.state.facet(documentFacts).path, { top, head: view.state.selection.main.head });
+      positions.set(view.state.facet(documentPath), { top, head: view.state.selection.main.head });
     }
     const state = makeState(markdownText, path);
     if (view) {
@@ -209,7 +205,7 @@ export function createEditor(parent, { post }) {
     view.scrollDOM.scrollTop = 0;
   }
 
-  const currentPath = () => (view ? view.state.facet(documentFacts).path : "");
+  const currentPath = () => (view ? view.state.facet(documentPath) : "");
 
   // The host starts the page with init(text) and, when a document is open, setContent(text, path)
   // right after in the same script: the text given to init is shown only if no document follows
@@ -237,7 +233,7 @@ export function createEditor(parent, { post }) {
     // The folder pictures may be shown from.
     setFolder(path) {
       folder = String(path ?? "").replace(/\/+$/, "");
-      if (view) view.dispatch({ effects: folderSetting.reconfigure(pictureFolder.of(folder)) });
+      if (view) view.dispatch({ effects: folderSetting.reconfigure(openFolder.of(folder)) });
     },
 
     // What the host found about the links and pictures of the document at `path`; facts about
@@ -262,7 +258,7 @@ export function createEditor(parent, { post }) {
       const split = splitByteOrderMark(String(markdownText ?? ""));
       clearTimeout(contentTimer);
       contentTimer = 0;
-      if (split.bom !== view.state.facet(documentFacts).bom || detectLineSeparator(split.text) !== view.state.lineBreak) {
+      if (split.bom !== view.state.facet(byteOrderMark) || detectLineSeparator(split.text) !== view.state.lineBreak) {
         const top = view.scrollDOM.scrollTop;
         load(String(markdownText ?? ""), currentPath());
         view.scrollDOM.scrollTop = top;
@@ -327,7 +323,7 @@ export function createEditor(parent, { post }) {
     // Back to where the open document was left, when it was shown before.
     restorePosition() {
       showInitText();
-      const left = view && positions.get(view.state.facet(documentFacts).path);
+      const left = view && positions.get(view.state.facet(documentPath));
       if (!left) return;
       const length = view.state.doc.length;
       view.dispatch({

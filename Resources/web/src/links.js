@@ -4,7 +4,7 @@
 import { syntaxTree } from "@codemirror/language";
 import { Decoration, EditorView, ViewPlugin, hoverTooltip } from "@codemirror/view";
 import { linkFacts } from "./linkFacts.js";
-import { decode, normalize, pictureDocument, pictureFolder } from "./pictures.js";
+import { decode, normalize, documentPath, openFolder } from "./pictures.js";
 
 const ADDRESS = /\bhttps?:\/\/[^\s<>()[\]`"']+/g;
 // Punctuation that ends a sentence rather than the address.
@@ -81,7 +81,7 @@ const linkHover = hoverTooltip(
   (view, pos) => {
     const link = linkAt(view.state, pos);
     if (!link) return null;
-    let text = link.address ?? destination(link.target, view.state.facet(pictureDocument), view.state.facet(pictureFolder));
+    let text = link.address ?? destination(link.target, view.state.facet(documentPath), view.state.facet(openFolder));
     if (link.target && view.state.field(linkFacts).missing.has(link.target)) text += " — introuvable dans le dossier";
     return {
       pos,

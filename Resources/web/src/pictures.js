@@ -9,9 +9,10 @@ import { Decoration, EditorView, ViewPlugin, WidgetType } from "@codemirror/view
 import { syntaxTree } from "@codemirror/language";
 import { linkFacts, setLinkFacts } from "./linkFacts.js";
 
-// The open folder, and the path of the document (whose folder relative paths start from).
-export const pictureFolder = Facet.define({ combine: (values) => values[0] ?? "" });
-export const pictureDocument = Facet.define({ combine: (values) => values[0] ?? "" });
+// Where the document stands, for its pictures and links: the open folder, and the document's path
+// (whose folder relative paths start from).
+export const openFolder = Facet.define({ combine: (values) => values[0] ?? "" });
+export const documentPath = Facet.define({ combine: (values) => values[0] ?? "" });
 
 const MARKDOWN = /^ {0,3}!\[([^\]]*)\]\(\s*(<[^>\n]*>|[^\s)]+)(?:\s+(?:"[^"]*"|'[^']*'))?\s*\)\s*$/;
 const WIKI = /^ {0,3}!\[\[([^\]|\n]+)(?:\|([^\]\n]*))?\]\]\s*$/;
@@ -182,7 +183,7 @@ function pictureLine(state, text, from) {
   let i = 0;
   while (text.charCodeAt(i) === 32) i++;
   if (text[i] !== "!" && text[i] !== "<") return null;
-  const picture = placed(pictureOf(text, state.facet(pictureDocument), state.facet(pictureFolder)), state.field(linkFacts));
+  const picture = placed(pictureOf(text, state.facet(documentPath), state.facet(openFolder)), state.field(linkFacts));
   if (!picture || insideCode(state, from)) return null;
   return Decoration.widget({ widget: new PictureWidget(picture), block: true, side: 1 }).range(from + text.length);
 }
@@ -215,8 +216,8 @@ const pictureField = StateField.define({
   create: allPictures,
   update(set, tr) {
     const moved =
-      tr.startState.facet(pictureFolder) !== tr.state.facet(pictureFolder) ||
-      tr.startState.facet(pictureDocument) !== tr.state.facet(pictureDocument);
+      tr.startState.facet(openFolder) !== tr.state.facet(openFolder) ||
+      tr.startState.facet(documentPath) !== tr.state.facet(documentPath);
     if (moved) return allPictures(tr.state);
     const told = tr.effects.some((effect) => effect.is(setLinkFacts));
     // As the parse reaches further, a picture line it finds inside code goes.

@@ -1,13 +1,13 @@
 // Pipe tables drawn as grids: a table the caret is not in shows as a table with its columns
 // aligned; the caret reaching it (a click, or an arrow key arriving at its edge) shows its source
-// again. Only in documents under the large size, whose tree is whole: the grids are read from it
-// on every change.
+// again. Only in documents under 200,000 characters: the grids are read from the whole syntax
+// tree on every change, and they appear as CodeMirror's parse reaches them.
 import { Decoration, EditorView, WidgetType, keymap } from "@codemirror/view";
 import { Prec, StateField } from "@codemirror/state";
 import { syntaxTree } from "@codemirror/language";
 import { headingText } from "./outline.js";
 
-const LARGEST = 200_000;
+const LARGEST = 200_000; // what a key can afford to walk the tree of
 const CONTAINERS = new Set(["Document", "BulletList", "OrderedList", "ListItem", "Blockquote"]);
 
 // The cells of a table line, without the outer pipes; "\|" stays in its cell.
