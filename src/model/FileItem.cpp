@@ -1,5 +1,6 @@
 #include "FileItem.h"
 
+#include "FileKind.h"
 #include "FileUrl.h"
 
 #include <algorithm>
@@ -53,37 +54,14 @@ void FileItem::setChildren(std::optional<QList<FileItem>> children)
     m_markdownCount = countMarkdown(m_children);
 }
 
-static QStringView pathExtension(QStringView name)
-{
-    const qsizetype dot = name.lastIndexOf(u'.');
-    // A leading dot starts a hidden name, not an extension (".md" has none).
-    if (dot <= 0)
-        return {};
-    return name.mid(dot + 1);
-}
-
-bool FileItem::isMarkdownName(QStringView name)
-{
-    const QStringView ext = pathExtension(name);
-    return ext.compare(u"md", Qt::CaseInsensitive) == 0
-        || ext.compare(u"markdown", Qt::CaseInsensitive) == 0
-        || ext.compare(u"mdown", Qt::CaseInsensitive) == 0;
-}
-
-bool FileItem::isSvgOrDiagramName(QStringView name)
-{
-    return pathExtension(name).compare(u"svg", Qt::CaseInsensitive) == 0
-        || name.contains(u".excalidraw");
-}
-
 bool FileItem::isMarkdown() const
 {
-    return isMarkdownName(m_name);
+    return FileKind::isMarkdown(m_name);
 }
 
 bool FileItem::isSvgOrDiagram() const
 {
-    return isSvgOrDiagramName(m_name);
+    return FileKind::isSvgOrDiagram(m_name);
 }
 
 int FileItem::markdownFileCount() const

@@ -50,9 +50,6 @@ public:
     bool isSvgOrDiagram() const;
     int markdownFileCount() const;
 
-    static bool isMarkdownName(QStringView name);
-    static bool isSvgOrDiagramName(QStringView name);
-
     friend bool operator==(const FileItem &a, const FileItem &b);
     friend bool operator!=(const FileItem &a, const FileItem &b) { return !(a == b); }
 

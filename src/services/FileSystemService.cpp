@@ -4,6 +4,7 @@
 #include "TextFile.h"
 #include "Utf8Text.h"
 #include "WorkerPool.h"
+#include "model/FileKind.h"
 #include "model/FileUrl.h"
 
 #include <QFile>
@@ -146,7 +147,7 @@ template<typename Visit> void forEachDocument(const FileItem &item, const Visit 
     if (item.isDirectory()) {
         for (const FileItem &child : item.children())
             forEachDocument(child, visit);
-    } else if (item.isMarkdown() || item.isSvgOrDiagram()) {
+    } else if (FileKind::isSearched(item.name())) {
         visit(item);
     }
 }
@@ -381,6 +382,8 @@ QStringList FileSystemService::collectDocumentPaths(const FileItem &item) const
 
 FileResult<QUrl> FileSystemService::createNewFile(const QUrl &folder, const QString &name) const
 {
+    // The naming of a new file, not the test of which names are documents: only ".md" and
+    // ".markdown" typed as such are kept, anything else gets ".md".
     QString fileName = name.trimmed();
     if (!fileName.endsWith(u".md") && !fileName.endsWith(u".markdown"))
         fileName += u".md"_s;

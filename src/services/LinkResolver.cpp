@@ -1,5 +1,7 @@
 #include "LinkResolver.h"
 
+#include "model/FileKind.h"
+
 #include <QDir>
 #include <QRegularExpression>
 #include <QSet>
@@ -18,13 +20,6 @@ bool isDocument(const FileItem *node)
     return node && !node->isDirectory() && node->isMarkdown();
 }
 
-QString withoutExtension(const QString &name)
-{
-    static const QRegularExpression extension(u"\\.(md|markdown|mdown)$"_s,
-                                              QRegularExpression::CaseInsensitiveOption);
-    return QString(name).remove(extension);
-}
-
 // Folders up from `from` and down to `to` between two folders.
 int distance(const QString &from, const QString &to)
 {
@@ -36,11 +31,9 @@ int distance(const QString &from, const QString &to)
     return int(a.size() - common + b.size() - common);
 }
 
-bool isPictureName(const QString &name)
+bool isPictureName(const QString &path)
 {
-    static const QRegularExpression picture(u"\\.(png|jpe?g|gif|webp|svg)$"_s,
-                                            QRegularExpression::CaseInsensitiveOption);
-    return picture.match(name).hasMatch();
+    return FileKind::isPicture(QStringView(path).mid(path.lastIndexOf(u'/') + 1));
 }
 
 // The files below `folder` that `matches` accepts.
@@ -64,7 +57,8 @@ const FileItem *nearest(const QList<const FileItem *> &named, const QString &wri
     const FileItem *best = nullptr;
     int bestDistance = std::numeric_limits<int>::max();
     for (const FileItem *candidate : named) {
-        const QString path = dropExtension ? withoutExtension(candidate->id()) : candidate->id();
+        const QString path
+            = dropExtension ? FileKind::withoutMarkdownExtension(candidate->id()) : candidate->id();
         if (written.contains(u'/') && !path.endsWith(u'/' + written, Qt::CaseInsensitive))
             continue;
         const int d = distance(here, candidate->id().section(u'/', 0, -2));
@@ -85,20 +79,22 @@ std::optional<Target> resolveWiki(QString inner, const QString &fromPath, const 
 {
     inner = inner.section(u'|', 0, 0);
     const QString fragment = inner.section(u'#', 1);
-    const QString name = withoutExtension(inner.section(u'#', 0, 0).trimmed());
+    const QString name = FileKind::withoutMarkdownExtension(inner.section(u'#', 0, 0).trimmed());
     if (name.isEmpty())
         return Target {fromPath, fragment};
     const QString base = name.section(u'/', -1);
     QList<const FileItem *> named;
     if (names) {
-        for (const char16_t *extension : {u".md", u".markdown", u".mdown"})
-            named += names->named(base + QStringView(extension));
+        for (const QStringView extension : FileKind::markdownExtensions)
+            named += names->named(base + u'.' + extension);
     } else {
         collect(
             root,
             [&base](const FileItem &file) {
                 return file.name().startsWith(base, Qt::CaseInsensitive) && file.isMarkdown()
-                    && withoutExtension(file.name()).compare(base, Qt::CaseInsensitive) == 0;
+                    && FileKind::withoutMarkdownExtension(file.name())
+                           .compare(base, Qt::CaseInsensitive)
+                    == 0;
             },
             named);
     }
@@ -174,8 +170,10 @@ std::optional<Target> resolve(const QString &target, const QString &fromPath, co
         candidates.append(QDir::cleanPath(fromPath.section(u'/', 0, -2) + u'/' + *path));
     }
     for (const QString &candidate : std::as_const(candidates)) {
-        for (const char16_t *extension : {u"", u".md", u".markdown", u".mdown"}) {
-            const QString file = candidate + QStringView(extension);
+        if (isDocument(root.descendant(candidate)))
+            return Target {candidate, fragment};
+        for (const QStringView extension : FileKind::markdownExtensions) {
+            const QString file = candidate + u'.' + extension;
             if (isDocument(root.descendant(file)))
                 return Target {file, fragment};
         }

@@ -10,13 +10,13 @@ Rectangle {
     id: root
 
     readonly property int notice: WorkspaceStore.notice
-    readonly property bool isWarning: notice === WorkspaceStore.ChangedOnDisk || notice === WorkspaceStore.RemovedFromDisk
+    readonly property bool isWarning: notice === DocumentNotice.ChangedOnDisk || notice === DocumentNotice.RemovedFromDisk
     readonly property color tint: isWarning ? Theme.orange : Theme.accent
 
     // A button was pressed: the keyboard goes back to the text.
     signal answered
 
-    visible: notice !== WorkspaceStore.NoNotice
+    visible: notice !== DocumentNotice.NoNotice
     implicitHeight: visible ? row.implicitHeight + 16 : 0
     color: Theme.withOpacity(tint, Theme.dark ? 0.18 : 0.12)
     Accessible.role: Accessible.AlertMessage
@@ -47,7 +47,7 @@ Rectangle {
 
         SymbolIcon {
             Layout.alignment: Qt.AlignVCenter
-            symbol: root.notice === WorkspaceStore.DraftFound ? "clock.arrow.circlepath" : root.notice === WorkspaceStore.RemovedFromDisk ? "doc.badge.xmark" : "exclamationmark.triangle.fill"
+            symbol: root.notice === DocumentNotice.DraftFound ? "clock.arrow.circlepath" : root.notice === DocumentNotice.RemovedFromDisk ? "doc.badge.xmark" : "exclamationmark.triangle.fill"
             size: 14
             color: root.tint
         }
@@ -79,11 +79,11 @@ Rectangle {
             Layout.column: row.narrow ? 1 : 2
             Layout.alignment: row.narrow ? Qt.AlignLeft : Qt.AlignRight | Qt.AlignVCenter
             spacing: 10
-            visible: root.notice === WorkspaceStore.DraftFound || root.notice === WorkspaceStore.ChangedOnDisk
+            visible: root.notice === DocumentNotice.DraftFound || root.notice === DocumentNotice.ChangedOnDisk
 
             PwButton {
                 objectName: "restoreDraftButton"
-                visible: root.notice === WorkspaceStore.DraftFound
+                visible: root.notice === DocumentNotice.DraftFound
                 text: "Rétablir"
                 onClicked: {
                     WorkspaceStore.restoreDraft();
@@ -92,7 +92,7 @@ Rectangle {
             }
             PwButton {
                 objectName: "discardDraftButton"
-                visible: root.notice === WorkspaceStore.DraftFound
+                visible: root.notice === DocumentNotice.DraftFound
                 text: "Ignorer"
                 onClicked: {
                     WorkspaceStore.discardDraft();
@@ -101,7 +101,7 @@ Rectangle {
             }
             PwButton {
                 objectName: "reloadButton"
-                visible: root.notice === WorkspaceStore.ChangedOnDisk
+                visible: root.notice === DocumentNotice.ChangedOnDisk
                 text: "Recharger"
                 onClicked: {
                     WorkspaceStore.reloadDocumentFromDisk();
@@ -110,7 +110,7 @@ Rectangle {
             }
             PwButton {
                 objectName: "keepEditsButton"
-                visible: root.notice === WorkspaceStore.ChangedOnDisk
+                visible: root.notice === DocumentNotice.ChangedOnDisk
                 text: "Garder mes modifications"
                 onClicked: {
                     WorkspaceStore.keepEdits();

@@ -198,7 +198,7 @@ Item {
 
                     objectName: "createButton"
                     text: "Créer"
-                    enabled: !WorkspaceStore.isBlank(nameField.text)
+                    enabled: WorkspaceStore.acceptsNewFileName(nameField.text)
                     onClicked: newFileSheet.create()
                 }
             }

@@ -29,3 +29,10 @@ Q_NAMESPACE
 QML_FOREIGN_NAMESPACE(SidebarMode)
 QML_NAMED_ELEMENT(SidebarMode)
 } // namespace SidebarModeForeign
+
+// What the bar above the editor tells, for QML: DocumentNotice.DraftFound and the others.
+namespace DocumentNoticeForeign {
+Q_NAMESPACE
+QML_FOREIGN_NAMESPACE(DocumentNotice)
+QML_NAMED_ELEMENT(DocumentNotice)
+} // namespace DocumentNoticeForeign

@@ -1,26 +1,26 @@
 #pragma once
 
+#include "DocumentNotice.h"
+#include "DraftKeeper.h"
+#include "FolderSearch.h"
+#include "FolderTree.h"
+#include "NavigationHistory.h"
+#include "OpenDocument.h"
+#include "WorkspaceSession.h"
 #include "model/EditorDocument.h"
 #include "model/FileItem.h"
 #include "model/FileSearchResults.h"
 #include "model/HeadingItem.h"
 #include "model/SidebarMode.h"
-#include "services/DraftStore.h"
-#include "services/FileIdentity.h"
-#include "services/FileSystemService.h"
-#include "services/FolderWatcher.h"
-#include "services/SearchService.h"
 
 #include <QList>
 #include <QObject>
 #include <QSettings>
 #include <QString>
 #include <QStringList>
-#include <QTimer>
 #include <QUrl>
 #include <QVariant>
 
-#include <atomic>
 #include <memory>
 #include <optional>
 
@@ -33,6 +33,10 @@
 // rename; the open document takes a new text written elsewhere while it has no edits, and says so
 // instead when it has; a save never writes over a file changed since it was read. Unsaved edits
 // are kept as recovery drafts, offered again when the document is opened next.
+//
+// The store is a front: each job is done in a room of its own (the session, the folder tree,
+// the open document, its drafts, the history, the search), and the store publishes their state
+// under one set of properties and signals and runs the operations that touch several of them.
 class WorkspaceStore : public QObject
 {
     Q_OBJECT
@@ -53,7 +57,7 @@ class WorkspaceStore : public QObject
     Q_PROPERTY(QString alertMessage READ alertMessage NOTIFY alertMessageChanged)
     Q_PROPERTY(bool showAlert READ showAlert WRITE setShowAlert NOTIFY showAlertChanged)
     // What the bar above the editor tells about the open document, and why a save waits.
-    Q_PROPERTY(Notice notice READ notice NOTIFY noticeChanged)
+    Q_PROPERTY(DocumentNotice::Value notice READ notice NOTIFY noticeChanged)
     Q_PROPERTY(QString noticeMessage READ noticeMessage NOTIFY noticeChanged)
     // What the views derive from the published state, said once here.
     Q_PROPERTY(bool hasFolder READ hasFolder NOTIFY rootURLChanged)
@@ -65,18 +69,9 @@ class WorkspaceStore : public QObject
     Q_PROPERTY(bool canGoForward READ canGoForward NOTIFY historyChanged)
 
 public:
-    enum Notice {
-        NoNotice,
-        DraftFound, // unsaved edits of this file were kept: restore or ignore them
-        ChangedOnDisk, // another program changed the file while it has edits here
-        RemovedFromDisk, // the file is gone; a save writes it again
-    };
-    Q_ENUM(Notice)
-
-    static inline const QString recentsKey = QStringLiteral("Pagewell.RecentFolders");
-    static inline const QString lastFolderKey = QStringLiteral("Pagewell.LastFolder");
-    static inline const QString lastFileKey = QStringLiteral("Pagewell.LastFile");
-    static constexpr int maxRecentFolders = 10;
+    static inline const QString recentsKey = WorkspaceSession::recentsKey;
+    static inline const QString lastFolderKey = WorkspaceSession::lastFolderKey;
+    static inline const QString lastFileKey = WorkspaceSession::lastFileKey;
 
     // Loads the recent folders and restores the last session from `settings` before returning.
     // Recovery drafts live in `draftsFolder` (the user's state folder when empty).
@@ -87,31 +82,31 @@ public:
     // The application's store, made on first use with the user's preferences.
     static WorkspaceStore *shared();
 
-    QUrl rootURL() const { return m_rootURL; }
-    const std::optional<FileItem> &rootItem() const { return m_rootItem; }
+    QUrl rootURL() const { return m_tree.rootURL(); }
+    const std::optional<FileItem> &rootItem() const { return m_tree.rootItem(); }
     QUrl selectedFileURL() const { return m_selectedFileURL; }
-    const std::optional<EditorDocument> &currentDocument() const { return m_currentDocument; }
-    QStringList recentFolderPaths() const { return m_recentFolderPaths; }
+    const std::optional<EditorDocument> &currentDocument() const { return m_document.document(); }
+    QStringList recentFolderPaths() const { return m_session.recentFolderPaths(); }
     SidebarMode::Value sidebarMode() const { return m_sidebarMode; }
-    QString searchQuery() const { return m_searchQuery; }
-    QList<FileSearchResults> searchResults() const { return m_searchResults; }
-    bool isSearching() const { return m_isSearching; }
+    QString searchQuery() const { return m_search.query(); }
+    QList<FileSearchResults> searchResults() const { return m_search.results(); }
+    bool isSearching() const { return m_search.isSearching(); }
     QString fileFilterQuery() const { return m_fileFilterQuery; }
     bool isOutlineVisible() const { return m_isOutlineVisible; }
     // Empty until the first failure; the next failure overwrites it.
     QString alertMessage() const { return m_alertMessage.value_or(QString()); }
     const std::optional<QString> &optionalAlertMessage() const { return m_alertMessage; }
     bool showAlert() const { return m_showAlert; }
-    Notice notice() const { return m_notice; }
-    bool hasFolder() const { return !m_rootURL.isEmpty(); }
+    DocumentNotice::Value notice() const { return m_document.notice(); }
+    bool hasFolder() const { return !rootURL().isEmpty(); }
     // The open folder's name, or "Aucun dossier ouvert".
     QString folderName() const;
-    bool hasDocument() const { return m_currentDocument.has_value(); }
-    bool isSearchQueryBlank() const { return isBlank(m_searchQuery); }
-    // Nothing but spaces and tabs: a blank query searches nothing, a blank name creates nothing.
-    Q_INVOKABLE static bool isBlank(const QString &text);
-    QString noticeMessage() const;
-    QString noticeDetail() const;
+    bool hasDocument() const { return currentDocument().has_value(); }
+    bool isSearchQueryBlank() const;
+    // Whether the new-file sheet may create a document under `name`: not a blank one.
+    Q_INVOKABLE bool acceptsNewFileName(const QString &name) const;
+    QString noticeMessage() const { return m_document.noticeMessage(); }
+    QString noticeDetail() const { return m_document.noticeDetail(); }
 
     QVariant rootItemValue() const;
     QVariant currentDocumentValue() const;
@@ -163,8 +158,8 @@ public:
     // The documents opened in this window, in order, whatever opened them: "Précédent" and
     // "Suivant" go back and forth over them, each shown where it was left. Opening a document
     // after going back drops the ones ahead; opening a folder starts a new history.
-    bool canGoBack() const { return m_historyIndex > 0; }
-    bool canGoForward() const { return m_historyIndex + 1 < m_history.size(); }
+    bool canGoBack() const { return m_history.canGoBack(); }
+    bool canGoForward() const { return m_history.canGoForward(); }
     Q_INVOKABLE void goBack() { travel(-1); }
     Q_INVOKABLE void goForward() { travel(1); }
 
@@ -179,15 +174,13 @@ public:
     // Follows the open folder and the open document's file on disk from now on. `watchLimit`
     // caps the folders watched (0: the system's limit).
     void startWatching(int watchLimit = 0);
-    const FolderWatcher *watcher() const { return m_watcher.get(); }
+    const FolderWatcher *watcher() const { return m_tree.watcher(); }
     // The window came to the front: the document is checked against its file, and where not
     // every folder can be watched, the tree is read again.
     void applicationActivated();
     // Writes the open document's draft now and waits until it is on the disk.
     void flushDraft();
-    DraftStore &drafts() { return m_drafts; }
-    static constexpr int draftDelayMs = 1000;
-    static constexpr int stableFileMs = 150;
+    DraftStore &drafts() { return m_drafts.drafts(); }
 
 Q_SIGNALS:
     void rootURLChanged();
@@ -215,12 +208,14 @@ Q_SIGNALS:
     void documentHeadingsChanged();
     void documentModifiedChanged();
 
-    // The two request channels towards the editor page.
-    void headingScrollRequest(const QString &headingId);
     void historyChanged();
-    // A document reached by going back or forth: the page shows it where it was left.
-    void historyPositionRequest();
+
+    // Requests towards the editor page, each heard once by whoever listens at that moment: a
+    // heading to scroll to, text to insert at the caret, a document reached by going back or
+    // forth to be shown where it was left.
+    void headingScrollRequest(const QString &headingId);
     void snippetInsertRequest(const QString &snippet);
+    void historyPositionRequest();
     // The open document's text was replaced here, not typed in the page (a new version from the
     // disk, a restored draft): the page is to take it as one change that undo can take back.
     void documentTextReplaced();
@@ -230,81 +225,23 @@ Q_SIGNALS:
 private:
     void restoreLastSession();
     void presentAlert(const QString &prefix, const FileError &error);
-    void recordVisit(const QString &path);
     void travel(int step);
-    void setRootURL(const QUrl &url);
-    void setRootItem(const std::optional<FileItem> &item);
     void setSelectedFileURL(const QUrl &url);
-    enum DocumentPart { Text = 1, Headings = 2, Modified = 4, Replaced = 8 | 1 | 2 | 4 };
-    void setCurrentDocument(const std::optional<EditorDocument> &document, int changed = Replaced);
-    void setRecentFolderPaths(const QStringList &paths);
-    void setSearchQuery(const QString &query);
-    void setSearchResults(const QList<FileSearchResults> &results);
-    void setSearching(bool searching);
     void setAlertMessage(const QString &message);
-    void storeSetting(const QString &key, const QVariant &value);
-    void setNotice(Notice notice, bool saveHeld = false);
-    // Before the open document gives way to another: its edits go to a draft at once.
-    void leaveDocument();
-    void writeDraftNow();
-    void replaceDocumentText(const QString &text, const FileIdentity &identity);
     void diskChanged(const FolderWatcher::Changes &changes);
-    void refreshTree(const QSet<QString> &folders, bool everything);
-    void startTreeRefresh();
-    void checkDocumentSoon();
-    void checkDocumentOnDisk();
-    // The file differs from what was read or written here. Returns whether its bytes are the
-    // same after all; otherwise a clean document has taken the new text, a modified one shows
-    // the notice.
-    bool takeChangeFromDisk(bool saveHeld);
 
-    std::unique_ptr<QSettings> m_settings;
-    const FileSystemService m_fileSystemService;
-    // Shared with the search under way, which may outlive the store.
-    const std::shared_ptr<const SearchService> m_searchService;
-    // Set to ask the running search to stop; it then publishes nothing.
-    std::shared_ptr<std::atomic_bool> m_searchCancelled;
+    WorkspaceSession m_session;
+    FolderTree m_tree;
+    OpenDocument m_document;
+    DraftKeeper m_drafts;
+    FolderSearch m_search {&m_tree};
+    NavigationHistory m_history;
+    bool m_travelling = false;
 
-    QUrl m_rootURL;
-    std::optional<FileItem> m_rootItem;
     QUrl m_selectedFileURL;
-    std::optional<EditorDocument> m_currentDocument;
-    QStringList m_recentFolderPaths;
     SidebarMode::Value m_sidebarMode = SidebarMode::Explorer;
-    QString m_searchQuery;
-    QList<FileSearchResults> m_searchResults;
-    bool m_isSearching = false;
     QString m_fileFilterQuery;
     bool m_isOutlineVisible = true;
     std::optional<QString> m_alertMessage;
     bool m_showAlert = false;
-    QStringList m_history; // paths of the documents opened, oldest first
-    qsizetype m_historyIndex = -1;
-    bool m_travelling = false;
-
-    // The open document's file as last read or written here: its text and its identity.
-    QString m_diskText;
-    FileIdentity m_diskIdentity;
-    Notice m_notice = NoNotice;
-    bool m_saveHeld = false;
-    std::optional<QString> m_offeredDraft;
-    // The document the open one replaced: its path and its file's text, for its late edits.
-    struct ReplacedDocument
-    {
-        QString path;
-        QString diskText;
-        QString content;
-    };
-    std::optional<ReplacedDocument> m_replaced;
-    DraftStore m_drafts;
-    QTimer m_draftTimer;
-    // A changed file is read once it has stood still for a moment: never half-written.
-    QTimer m_documentCheck;
-    FileIdentity m_lastSeenIdentity;
-
-    std::unique_ptr<FolderWatcher> m_watcher;
-    quint64 m_treeGeneration = 0;
-    bool m_treeRefreshRunning = false;
-    FolderWatcher::Changes m_treeChanges;
-    QTimer m_searchRefresh;
 };

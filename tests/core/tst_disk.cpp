@@ -76,7 +76,7 @@ private Q_SLOTS:
         // Another file replaces the document: the edits are written as a draft at once.
         store->openFile(QUrl::fromLocalFile(folder + u"/b.md"_s));
         store->openFile(QUrl::fromLocalFile(folder + u"/a.md"_s));
-        QCOMPARE(store->notice(), WorkspaceStore::DraftFound);
+        QCOMPARE(store->notice(), DocumentNotice::DraftFound);
         QCOMPARE(store->noticeMessage(),
                  u"Des modifications non enregistrées de « a.md » ont été retrouvées."_s);
         QCOMPARE(text(*store), u"# a.md\n"_s);
@@ -85,7 +85,7 @@ private Q_SLOTS:
         QCOMPARE(replaced.count(), 1);
         QCOMPARE(text(*store), u"# a.md\nedits\n"_s);
         QVERIFY(store->currentDocument()->isDirty);
-        QCOMPARE(store->notice(), WorkspaceStore::NoNotice);
+        QCOMPARE(store->notice(), DocumentNotice::NoNotice);
         QCOMPARE(readFile(folder + u"/a.md"_s), onDisk); // nothing written until a save
 
         // A save removes the draft; "Ignorer" too. (Killed after typing: the end-to-end run.)
@@ -96,7 +96,7 @@ private Q_SLOTS:
         store->updateDocumentContent(u"again"_s);
         store->openFile(QUrl::fromLocalFile(folder + u"/b.md"_s));
         store->openFile(QUrl::fromLocalFile(folder + u"/a.md"_s));
-        QCOMPARE(store->notice(), WorkspaceStore::DraftFound);
+        QCOMPARE(store->notice(), DocumentNotice::DraftFound);
         store->discardDraft();
         store->drafts().waitForWrites();
         QVERIFY(!QFileInfo::exists(draft));
@@ -106,7 +106,7 @@ private Q_SLOTS:
         store->openFile(QUrl::fromLocalFile(folder + u"/b.md"_s));
         writeFile(folder + u"/a.md"_s, "# rewritten elsewhere\n");
         store->openFile(QUrl::fromLocalFile(folder + u"/a.md"_s));
-        QCOMPARE(store->notice(), WorkspaceStore::NoNotice);
+        QCOMPARE(store->notice(), DocumentNotice::NoNotice);
     }
 
     void aSaveNeverWritesOverAnotherProgramsText()
@@ -123,7 +123,7 @@ private Q_SLOTS:
         writeFile(path, "theirs again\n");
         store->saveCurrentDocument();
         QCOMPARE(readFile(path), QByteArray("theirs again\n"));
-        QCOMPARE(store->notice(), WorkspaceStore::ChangedOnDisk);
+        QCOMPARE(store->notice(), DocumentNotice::ChangedOnDisk);
         store->reloadDocumentFromDisk();
         QCOMPARE(text(*store), u"theirs again\n"_s);
         QVERIFY(!store->currentDocument()->isDirty);
@@ -141,7 +141,7 @@ private Q_SLOTS:
         writeFile(path, "newer\n");
         store->saveCurrentDocument();
         QCOMPARE(readFile(path), QByteArray("edited\n"));
-        QCOMPARE(store->notice(), WorkspaceStore::NoNotice);
+        QCOMPARE(store->notice(), DocumentNotice::NoNotice);
     }
 
     void aSaveRemovesTheTemporariesACrashLeft()
@@ -247,11 +247,11 @@ private Q_SLOTS:
 
         // Removed: the text stays and a save writes it again.
         QVERIFY(QFile::remove(path));
-        QTRY_COMPARE_WITH_TIMEOUT(store->notice(), WorkspaceStore::RemovedFromDisk, 1000);
+        QTRY_COMPARE_WITH_TIMEOUT(store->notice(), DocumentNotice::RemovedFromDisk, 1000);
         QCOMPARE(store->noticeMessage(), u"« a.md » a été supprimé du disque."_s);
         store->saveCurrentDocument();
         QCOMPARE(readFile(path), QByteArray("# renamed over\n"));
-        QCOMPARE(store->notice(), WorkspaceStore::NoNotice);
+        QCOMPARE(store->notice(), DocumentNotice::NoNotice);
     }
 
     void searchesAgainWhenDocumentsChange()

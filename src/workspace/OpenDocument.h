@@ -1,0 +1,103 @@
+#pragma once
+
+#include "DocumentNotice.h"
+#include "model/EditorDocument.h"
+#include "model/HeadingItem.h"
+#include "services/FileError.h"
+#include "services/FileIdentity.h"
+
+#include <QList>
+#include <QObject>
+#include <QString>
+#include <QTimer>
+#include <QUrl>
+
+#include <optional>
+
+// The document open in the editor and its file: the text and identity of the file as last read
+// or written here, and what happened to the file since. A change made by another program is read
+// once the file has stood still; a clean document takes the new text, a modified one keeps its
+// edits and says so. A save never writes over a file changed since it was read.
+class OpenDocument : public QObject
+{
+    Q_OBJECT
+
+public:
+    static constexpr int stableFileMs = 150;
+
+    explicit OpenDocument(QObject *parent = nullptr);
+
+    const std::optional<EditorDocument> &document() const { return m_document; }
+    // The document's file path; empty when none is open.
+    QString path() const;
+    // The text of the file as last read or written here: what the edits are edits of.
+    const QString &diskText() const { return m_diskText; }
+    DocumentNotice::Value notice() const { return m_notice; }
+    // The notice's sentence, and why a save wrote nothing.
+    QString noticeMessage() const;
+    QString noticeDetail() const;
+    void setNotice(DocumentNotice::Value notice, bool saveHeld = false);
+
+    // A new, clean document holding `text`, read from the file at `url` whose identity it was.
+    void open(const QUrl &url, const QString &text, const FileIdentity &identity);
+    // No document open any more.
+    void close();
+    // The editor's whole text; a different text marks the document modified until it is saved.
+    void updateContent(const QString &text);
+    void updateHeadings(const QList<HeadingItem> &headings);
+    // Edits brought back (a draft): the document is modified, its file untouched.
+    void restoreEdits(const QString &text);
+    // Writes the document to its file atomically, unless the file changed since it was read:
+    // then nothing is written and the notice says why. Only a failed write is an error.
+    std::optional<FileError> save();
+    // The file's text replaces the document's ("Recharger").
+    std::optional<FileError> reload();
+    // The file's new text becomes what the edits replace: the next save writes them over it
+    // ("Garder mes modifications"). False when no change was waiting for that answer.
+    bool keepEdits();
+    // The file was written here, not by another program: what it holds now is not news.
+    void adoptFileAsWritten();
+
+    // The file may have changed: it is looked at once it has stood still.
+    void checkFileSoon();
+
+Q_SIGNALS:
+    // The document changed, then which of its parts: another document (or none) took its place
+    // (the three others follow too), its text, its headings, its modified flag and save time.
+    void changed();
+    void replaced();
+    void textChanged();
+    void headingsChanged();
+    void modifiedChanged();
+    // Typed in the editor (not taken from the disk or a draft).
+    void edited();
+    // Written to its file.
+    void saved();
+    void noticeChanged();
+    // The file was changed, replaced or removed by another program.
+    void fileChanged();
+    // The text was replaced here, not typed in the page: the page takes it as one change.
+    void textReplaced();
+
+private:
+    enum Part { Text = 1, Headings = 2, Modified = 4, Replaced = 8 | 1 | 2 | 4 };
+    enum class DiskText { Same, Taken, Conflict };
+
+    void setDocument(const std::optional<EditorDocument> &document, int parts);
+    void clearNotice();
+    void replaceText(const QString &text, const FileIdentity &identity);
+    void checkFile();
+    // The file's bytes compared with what was read or written here: the same (the identity is
+    // brought up to date), taken as the clean document's new text, or kept apart from the edits
+    // by the notice.
+    DiskText followFile(bool saveHeld);
+
+    std::optional<EditorDocument> m_document;
+    QString m_diskText;
+    FileIdentity m_diskIdentity;
+    DocumentNotice::Value m_notice = DocumentNotice::NoNotice;
+    bool m_saveHeld = false;
+    // A changed file is read once it has stood still for a moment: never half-written.
+    QTimer m_check;
+    FileIdentity m_lastSeenIdentity;
+};
