@@ -4,6 +4,7 @@
 #include "LocalFileGuard.h"
 #include "model/FileUrl.h"
 #include "model/HeadingItem.h"
+#include "services/LinkResolver.h"
 #include "workspace/StoreBinding.h"
 
 #include <QCoreApplication>
@@ -32,7 +33,7 @@ void Coordinator::setStore(WorkspaceStore *store)
     m_linkFacts.setStore(store);
     if (store) {
         connect(store, &WorkspaceStore::currentDocumentChanged, this, &Coordinator::update);
-        // The two request channels: each value is one call, sent once.
+        // Requests towards the page: each value is one call, sent once.
         connect(store, &WorkspaceStore::headingScrollRequest, this, [this](const QString &id) {
             Q_EMIT scriptRequested(EditorScripts::scrollCall(id), false);
         });
@@ -124,8 +125,7 @@ bool Coordinator::allowsNavigation(const QUrl &url) const
 
 bool Coordinator::opensOutside(const QUrl &url)
 {
-    const QString scheme = url.scheme(); // lower-cased by QUrl
-    return (scheme == u"http"_s || scheme == u"https"_s) && !url.host().isEmpty();
+    return LinkResolver::isWebAddress(url.toString());
 }
 
 void Coordinator::update()

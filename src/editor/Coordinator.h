@@ -57,7 +57,8 @@ public:
     static QString resourceDirectory();
     // Whether the web view may go to `url`: only the page itself.
     Q_INVOKABLE bool allowsNavigation(const QUrl &url) const;
-    // Whether a window the page asks for opens in the desktop's browser: web addresses only.
+    // Whether a window the page asks for goes to the desktop (the browser, the mail program):
+    // addresses only, never a file.
     Q_INVOKABLE static bool opensOutside(const QUrl &url);
 
     // The synchronisation step: a theme call when the appearance changed, a content call when

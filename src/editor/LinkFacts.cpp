@@ -5,7 +5,6 @@
 
 #include <QImageReader>
 #include <QJsonArray>
-#include <QtConcurrent>
 
 #include <memory>
 
@@ -37,18 +36,6 @@ LinkFacts::LinkFacts(QObject *parent) : QObject(parent)
 {
     m_timer.setSingleShot(true);
     connect(&m_timer, &QTimer::timeout, this, &LinkFacts::start);
-    connect(&m_watcher, &QFutureWatcher<QJsonObject>::finished, this, [this] {
-        const QJsonObject facts = m_watcher.result();
-        const std::optional<EditorDocument> &document
-            = m_store ? m_store->currentDocument() : std::nullopt;
-        // Facts of a document no longer open are dropped; so are facts already sent.
-        if (!document || FileUrl::path(document->fileURL) != m_runningPath
-            || (m_runningPath == m_sentPath && facts == m_sent))
-            return;
-        m_sentPath = m_runningPath;
-        m_sent = facts;
-        Q_EMIT factsChanged(facts, m_sentPath);
-    });
 }
 
 void LinkFacts::setStore(WorkspaceStore *store)
@@ -58,8 +45,8 @@ void LinkFacts::setStore(WorkspaceStore *store)
     m_store = store;
     if (!store)
         return;
-    connect(store, &WorkspaceStore::documentReplaced, this, [this] { schedule(0); });
-    connect(store, &WorkspaceStore::rootItemChanged, this, [this] { schedule(0); });
+    connect(store, &WorkspaceStore::documentReplaced, this, &LinkFacts::restart);
+    connect(store, &WorkspaceStore::rootItemChanged, this, &LinkFacts::restart);
     connect(store, &WorkspaceStore::documentTextChanged, this, [this] { schedule(typingPauseMs); });
     schedule(0);
 }
@@ -80,20 +67,37 @@ void LinkFacts::schedule(int delayMs)
         m_timer.start(delayMs);
 }
 
+void LinkFacts::restart()
+{
+    m_run.supersede();
+    schedule(0);
+}
+
 void LinkFacts::start()
 {
     if (!m_store || !m_store->currentDocument() || !m_store->rootItem())
         return;
-    // One run at a time: a change meanwhile starts another once this one ends.
-    if (m_watcher.isRunning()) {
+    // One run at a time while typing: a change meanwhile starts another once this one ends.
+    if (m_run.isRunning()) {
         schedule(typingPauseMs);
         return;
     }
     const EditorDocument &document = *m_store->currentDocument();
-    m_runningPath = FileUrl::path(document.fileURL);
+    const QString path = FileUrl::path(document.fileURL);
     // The text and the tree are shared, not copied, with the worker.
-    m_watcher.setFuture(QtConcurrent::run(&LinkFacts::compute, document.content, m_runningPath,
-                                          *m_store->rootItem()));
+    m_run.start([text = document.content, path, root = *m_store->rootItem()](
+                    const std::atomic_bool &) { return compute(text, path, root); },
+                [this, path](const QJsonObject &facts) { publish(path, facts); });
+}
+
+void LinkFacts::publish(const QString &documentPath, const QJsonObject &facts)
+{
+    // Facts already sent are not sent again.
+    if (documentPath == m_sentPath && facts == m_sent)
+        return;
+    m_sentPath = documentPath;
+    m_sent = facts;
+    Q_EMIT factsChanged(facts, m_sentPath);
 }
 
 QJsonObject LinkFacts::compute(const QString &text, const QString &documentPath,

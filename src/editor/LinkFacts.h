@@ -1,8 +1,8 @@
 #pragma once
 
+#include "services/LatestRun.h"
 #include "workspace/WorkspaceStore.h"
 
-#include <QFutureWatcher>
 #include <QJsonObject>
 #include <QObject>
 #include <QPointer>
@@ -36,12 +36,15 @@ Q_SIGNALS:
 
 private:
     void schedule(int delayMs);
+    // Facts worked out from an older text or tree are stale: they are dropped and worked out
+    // again at once.
+    void restart();
     void start();
+    void publish(const QString &documentPath, const QJsonObject &facts);
 
     QPointer<WorkspaceStore> m_store;
     QTimer m_timer;
-    QFutureWatcher<QJsonObject> m_watcher;
-    QString m_runningPath;
+    LatestRun<QJsonObject> m_run {this};
     QString m_sentPath;
     QJsonObject m_sent;
     bool m_pageReady = false;

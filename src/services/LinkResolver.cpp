@@ -142,10 +142,9 @@ QList<const FileItem *> NameIndex::named(const QString &name) const
 bool isWebAddress(const QString &target)
 {
     static const QRegularExpression scheme(u"^<?[A-Za-z][A-Za-z0-9+.-]*:"_s);
-    return !QStringView(target)
-                .mid(target.startsWith(u'<'))
-                .startsWith(u"file:"_s, Qt::CaseInsensitive)
-        && scheme.match(target).hasMatch();
+    const QStringView text = QStringView(target).mid(target.startsWith(u'<'));
+    return scheme.match(target).hasMatch() && !text.startsWith(u"file:"_s, Qt::CaseInsensitive)
+        && !text.startsWith(u"javascript:"_s, Qt::CaseInsensitive);
 }
 
 std::optional<Target> resolve(const QString &target, const QString &fromPath, const FileItem &root,

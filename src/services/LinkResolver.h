@@ -43,8 +43,9 @@ private:
 std::optional<Target> resolve(const QString &target, const QString &fromPath, const FileItem &root,
                               const NameIndex *names = nullptr);
 
-// A scheme other than "file:" ("https:", "mailto:"), in <...> or not: an address for the
-// browser, not a file.
+// A scheme other than "file:" ("https:", "mailto:", "ftp:"), in <...> or not: an address the
+// desktop opens (the browser, the mail program), never a file of the folder. "javascript:" is
+// code, not an address, and goes nowhere.
 bool isWebAddress(const QString &target);
 
 // The picture a picture line names, as the page writes it: a path ("img/flux.svg", "<a b.png>",

@@ -88,9 +88,16 @@ class Session:
         self.docs = os.path.join(self.work, "docs")
         home = os.path.join(self.work, "home")
         os.makedirs(home)
+        # A stand-in for the desktop's opener, first on the path: what the application hands to
+        # the desktop (a web address, a mail address) is written to `opened`, one per line.
+        self.opened = os.path.join(self.work, "opened")
+        opener = os.path.join(self.work, "bin", "xdg-open")
+        write(opener, '#!/bin/sh\nprintf "%%s\\n" "$*" >> "%s"\n' % self.opened)
+        os.chmod(opener, 0o755)
         self.env = dict(os.environ, HOME=home, XDG_CONFIG_HOME=os.path.join(self.work, "config"),
                         XDG_STATE_HOME=os.path.join(self.work, "state"), QT_QPA_PLATFORM="xcb",
-                        QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", LANG="C.UTF-8", LC_ALL="C.UTF-8")
+                        QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", LANG="C.UTF-8", LC_ALL="C.UTF-8",
+                        PATH=os.path.dirname(opener) + os.pathsep + os.environ.get("PATH", ""))
         # The accessibility bus and its registry first: an application started before them
         # stays off the bus.
         self.desktop = pyatspi.Registry.getDesktop(0)

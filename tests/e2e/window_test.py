@@ -13,6 +13,10 @@ import pyatspi
 from harness import Session, click, fail, find, key, press, read, type_text, wait_for, write
 
 
+def read_if(path):
+    return read(path) if os.path.exists(path) else ""
+
+
 def main():
     s = Session(sys.argv[1])
     docs = s.docs
@@ -24,6 +28,8 @@ def main():
     write(os.path.join(docs, "liens.md"), "Voir [les options](reference.md#options-avancées), "
           "[le départ](<guide/start.md>) et [[Reference]]\n\n![schéma](img/schema.png)\n\n"
           "ou [[absent]]\n")
+    write(os.path.join(docs, "adresses.md"), "[le site](https://example.org/docs)\n\n"
+          "<mailto:equipe@example.org>\n")
     os.makedirs(os.path.join(docs, "img"))
     subprocess.run(["convert", "-size", "320x120", "gradient:#3b7dd8-#e8f0fb",
                     os.path.join(docs, "img", "schema.png")], check=True)
@@ -147,6 +153,18 @@ def main():
         press(wait_for("OK", lambda: s.named("push button", "OK")))
         wait_for("the alert to close", lambda: not s.label(message))
 
+        # Addresses go to the desktop, a web address and a mail address alike.
+        click(s.row("adresses.md"))
+        wait_for("adresses.md in the editor", lambda: "le site" in (s.editor_text() or ""))
+        subprocess.run(["xdotool", "mousemove", "600", "600", "click", "1"], check=True)
+        time.sleep(0.3)
+        key("ctrl+Home", "Right", "Right", "Right", "ctrl+Return")
+        wait_for("the web address handed to the desktop",
+                 lambda: "https://example.org/docs" in read_if(s.opened))
+        key("Down", "Down", "ctrl+Return")
+        wait_for("the mail address handed to the desktop",
+                 lambda: "mailto:equipe@example.org" in read_if(s.opened))
+
         # A second start hands its file to this instance and ends at once.
         second = subprocess.run([s.app_path, os.path.join(docs, "README.md")], env=s.env,
                                 timeout=30, capture_output=True)
@@ -168,7 +186,8 @@ def main():
         s.shot("e2e-restored")
     finally:
         s.finish()
-    print("PASS: tree, typing and Ctrl+S, search, new file, delete, links, hand-over, restart")
+    print("PASS: tree, typing and Ctrl+S, search, new file, delete, links, addresses, hand-over, "
+          "restart")
     print("1 passed, 0 failed")
 
 

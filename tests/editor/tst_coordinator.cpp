@@ -301,12 +301,12 @@ private Q_SLOTS:
         QVERIFY(coordinator.allowsNavigation(QUrl(page.toString() + u"#titre"_s)));
         QVERIFY(!coordinator.allowsNavigation(QUrl(u"https://example.org/"_s)));
         QVERIFY(!coordinator.allowsNavigation(QUrl::fromLocalFile(u"/etc/passwd"_s)));
-        // A window the page opens (Ctrl+click on a web address) goes to the desktop's browser
-        // only for a web address.
+        // A window the page opens (Ctrl+click on an address) goes to the desktop: the browser,
+        // the mail program; never a file, never a script.
         QVERIFY(Coordinator::opensOutside(QUrl(u"https://example.org/a"_s)));
+        QVERIFY(Coordinator::opensOutside(QUrl(u"mailto:a@b.c"_s)));
         QVERIFY(!Coordinator::opensOutside(QUrl::fromLocalFile(u"/etc/passwd"_s)));
         QVERIFY(!Coordinator::opensOutside(QUrl(u"javascript:alert(1)"_s)));
-        QVERIFY(!Coordinator::opensOutside(QUrl(u"mailto:a@b.c"_s)));
         QVERIFY(!coordinator.allowsNavigation(QUrl()));
     }
 };

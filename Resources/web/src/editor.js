@@ -1,5 +1,5 @@
 // The Markdown editor: CodeMirror set up for documents, and the calls the host makes.
-import { EditorSelection, EditorState, Compartment, Facet } from "@codemirror/state";
+import { EditorSelection, EditorState, Compartment } from "@codemirror/state";
 import {
   EditorView,
   ViewPlugin,
@@ -25,15 +25,11 @@ import { wrapSelectionInMarkers } from "./emphasis.js";
 import { completeOutline, outlineComplete, outlineField, outlineParser, slugify, withIds } from "./outline.js";
 import { linkAt, linkHints } from "./links.js";
 import { readFacts, setLinkFacts } from "./linkFacts.js";
-import { documentPath, openFolder, pictures } from "./pictures.js";
+import { pictures } from "./pictures.js";
+import { LARGE_DOCUMENT, byteOrderMark, documentPath, openFolder } from "./document.js";
 import { tableGrids } from "./tables.js";
 import { detectLineSeparator, normalizeLineBreaks, splitByteOrderMark } from "./lineBreaks.js";
 import { lineChange } from "./lineChange.js";
-
-// Above this size the whole text is sent at most every few hundred milliseconds while typing,
-// not on every key: copying a large text per key would make the key wait for it to be painted,
-// and the host parse it on its main thread.
-const LARGE_DOCUMENT = 200_000;
 
 // Pasted or dropped text takes the document's own line breaks, so a CRLF file stays CRLF.
 const pastedLineBreaks = EditorState.transactionFilter.of((tr) => {
@@ -58,9 +54,6 @@ const pastedLineBreaks = EditorState.transactionFilter.of((tr) => {
     scrollIntoView: true,
   };
 });
-
-// Whether the document's bytes start with a byte-order mark, which its text leaves out.
-const byteOrderMark = Facet.define({ combine: (values) => values[0] ?? false });
 
 function outlineMessage(state) {
   const headings = withIds(state.field(outlineField).headings).map(({ id, level, text }) => ({ id, level, text }));
@@ -130,7 +123,8 @@ export function createEditor(parent, { post }) {
     return true;
   }
 
-  const extensions = () => [
+  // Editing as people expect it of a text editor, in French.
+  const editingBasics = [
     history(),
     drawSelection(),
     dropCursor(),
@@ -159,17 +153,17 @@ export function createEditor(parent, { post }) {
     // CodeMirror turns the browser's spell checker off; documents want it, in French.
     EditorView.contentAttributes.of({ spellcheck: "true", lang: "fr" }),
     EditorView.editorAttributes.of({ lang: "fr" }),
-    blockStyles,
     pastedLineBreaks,
-    theme.of(appearance(themeName)),
-    outlineField,
-    outlineParser,
-    poster,
-    pictures,
-    tableGrids,
-    linkHints,
-    folderSetting.of(openFolder.of(folder)),
   ];
+
+  // What a document shows beyond its text, each with the state it reads: the outline, pictures,
+  // tables and links. Made once for this view, so what they measure outlives a document.
+  const documentFeatures = [blockStyles, outlineField, outlineParser, pictures(), tableGrids, linkHints];
+
+  // The host's wiring: what the page posts, and what the host sets apart from the documents.
+  const hostWiring = () => [poster, theme.of(appearance(themeName)), folderSetting.of(openFolder.of(folder))];
+
+  const extensions = () => [editingBasics, documentFeatures, hostWiring()];
 
   // A text shows at once; CodeMirror parses what is on screen, and the rest follows in idle time.
   function makeState(markdownText, path) {
@@ -218,18 +212,9 @@ export function createEditor(parent, { post }) {
     load(text, currentPath());
   }
 
-  return {
-    init(markdownText, isDark) {
-      themeName = isDark ? "dark" : "light";
-      initText = String(markdownText ?? "");
-      queueMicrotask(showInitText);
-    },
-
-    setContent(markdownText, path) {
-      initText = null;
-      load(String(markdownText ?? ""), String(path ?? ""));
-    },
-
+  // The host's calls beyond the two that bring a text: each first shows the text init() brought,
+  // when no document followed it.
+  const calls = {
     // The folder pictures may be shown from.
     setFolder(path) {
       folder = String(path ?? "").replace(/\/+$/, "");
@@ -239,12 +224,10 @@ export function createEditor(parent, { post }) {
     // What the host found about the links and pictures of the document at `path`; facts about
     // another document than the one shown came too late, and are dropped.
     setLinkFacts(facts, path) {
-      showInitText();
       if (view && String(path ?? "") === currentPath()) view.dispatch({ effects: setLinkFacts.of(readFacts(facts)) });
     },
 
     setTheme(name) {
-      showInitText();
       themeName = name === "dark" ? "dark" : "light";
       if (view) view.dispatch({ effects: theme.reconfigure(appearance(themeName)) });
     },
@@ -253,7 +236,6 @@ export function createEditor(parent, { post }) {
     // lines that differ are replaced, in one change undo can take back, so the view stays where
     // it was wherever the text allows.
     replaceContent(markdownText) {
-      showInitText();
       if (!view) return;
       const split = splitByteOrderMark(String(markdownText ?? ""));
       clearTimeout(contentTimer);
@@ -275,18 +257,15 @@ export function createEditor(parent, { post }) {
 
     // The keyboard to the text, as a click would give it.
     focus() {
-      showInitText();
       if (view) view.focus();
     },
 
     // A save asked for outside the page: the text first, then the request, in one order.
     requestSave() {
-      showInitText();
       return view ? save() : false;
     },
 
     insertText(text) {
-      showInitText();
       if (!view) return;
       const insert = normalizeLineBreaks(String(text ?? ""), view.state.lineBreak);
       view.dispatch(view.state.replaceSelection(insert), { scrollIntoView: true, userEvent: "input.paste" });
@@ -294,7 +273,6 @@ export function createEditor(parent, { post }) {
     },
 
     scrollToHeading(id) {
-      showInitText();
       if (!view) return;
       // An id from the outline, or a heading as a link names it ("#Installation sous Linux").
       const wanted = [String(id ?? ""), slugify(String(id ?? ""))];
@@ -322,7 +300,6 @@ export function createEditor(parent, { post }) {
 
     // Back to where the open document was left, when it was shown before.
     restorePosition() {
-      showInitText();
       const left = view && positions.get(view.state.facet(documentPath));
       if (!left) return;
       const length = view.state.doc.length;
@@ -333,8 +310,20 @@ export function createEditor(parent, { post }) {
     },
 
     followLinkAt(pos) {
-      showInitText();
       return view ? followLinkAt(pos) : false;
+    },
+  };
+
+  const editor = {
+    init(markdownText, isDark) {
+      themeName = isDark ? "dark" : "light";
+      initText = String(markdownText ?? "");
+      queueMicrotask(showInitText);
+    },
+
+    setContent(markdownText, path) {
+      initText = null;
+      load(String(markdownText ?? ""), String(path ?? ""));
     },
 
     get view() {
@@ -342,4 +331,11 @@ export function createEditor(parent, { post }) {
       return view;
     },
   };
+  for (const [name, call] of Object.entries(calls)) {
+    editor[name] = (...args) => {
+      showInitText();
+      return call(...args);
+    };
+  }
+  return editor;
 }

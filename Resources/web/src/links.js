@@ -4,13 +4,13 @@
 import { syntaxTree } from "@codemirror/language";
 import { Decoration, EditorView, ViewPlugin, hoverTooltip } from "@codemirror/view";
 import { linkFacts } from "./linkFacts.js";
-import { decode, normalize, documentPath, openFolder } from "./pictures.js";
+import { documentPath, openFolder } from "./document.js";
+import { decode, isWebAddress, normalize } from "./paths.js";
 
 const ADDRESS = /\bhttps?:\/\/[^\s<>()[\]`"']+/g;
 // Punctuation that ends a sentence rather than the address.
 const TRAILING = /[.,;:!?]+$/;
 const WIKI = /\[\[[^[\]\n]+\]\]/g;
-const WEB = /^(?:https?:|mailto:)/i;
 
 // The http(s) address in `text` that covers the offset `at`, or null.
 export function addressAt(text, at) {
@@ -53,7 +53,7 @@ export function linkAt(state, pos) {
       ? state.sliceDoc(url.from, url.to)
       : definition(state, label ? state.sliceDoc(label.from, label.to) : state.sliceDoc(node.from, node.to).replace(/\[\]$/, ""));
     if (written === null) return null;
-    return WEB.test(written.replace(/^</, "")) ? { address: written.replace(/^<|>$/g, "") } : { target: written };
+    return isWebAddress(written) ? { address: written.replace(/^<|>$/g, "") } : { target: written };
   }
   const address = addressAt(line.text, at);
   return address ? { address } : null;
@@ -71,7 +71,9 @@ export function destination(target, documentPath, folder) {
   if (!written) return fragment;
   const here = documentPath.slice(0, documentPath.lastIndexOf("/"));
   const path = decode(written);
-  const full = normalize(path.startsWith("/") ? path : `${here}/${path}`) ?? path;
+  // An absolute path outside the folder is read from the folder's root, as the host reads it.
+  const absolute = folder && !path.startsWith(folder + "/") ? folder + path : path;
+  const full = normalize(path.startsWith("/") ? absolute : `${here}/${path}`) ?? path;
   const inside = folder && full.startsWith(folder + "/");
   return (inside ? full.slice(folder.length + 1) : full) + fragment;
 }

@@ -8,38 +8,14 @@ import { Facet, StateField } from "@codemirror/state";
 import { Decoration, EditorView, ViewPlugin, WidgetType } from "@codemirror/view";
 import { syntaxTree } from "@codemirror/language";
 import { linkFacts, setLinkFacts } from "./linkFacts.js";
-
-// Where the document stands, for its pictures and links: the open folder, and the document's path
-// (whose folder relative paths start from).
-export const openFolder = Facet.define({ combine: (values) => values[0] ?? "" });
-export const documentPath = Facet.define({ combine: (values) => values[0] ?? "" });
+import { documentPath, openFolder } from "./document.js";
+import { decode, isWebAddress, normalize } from "./paths.js";
 
 const MARKDOWN = /^ {0,3}!\[([^\]]*)\]\(\s*(<[^>\n]*>|[^\s)]+)(?:\s+(?:"[^"]*"|'[^']*'))?\s*\)\s*$/;
 const WIKI = /^ {0,3}!\[\[([^\]|\n]+)(?:\|([^\]\n]*))?\]\]\s*$/;
 const HTML = /^ {0,3}<img\b[^>]*?\bsrc\s*=\s*(?:"([^"]*)"|'([^']*)')[^>]*>\s*$/i;
 const ALT = /\balt\s*=\s*(?:"([^"]*)"|'([^']*)')/i;
 const PICTURE = /\.(png|jpe?g|gif|webp|svg)$/i;
-
-export function decode(text) {
-  try {
-    return decodeURI(text);
-  } catch {
-    return text;
-  }
-}
-
-// Folders of a path, with "." and ".." worked out; null when ".." climbs above the top.
-export function normalize(path) {
-  const parts = [];
-  for (const part of path.split("/")) {
-    if (part === "" || part === ".") continue;
-    if (part === "..") {
-      if (!parts.length) return null;
-      parts.pop();
-    } else parts.push(part);
-  }
-  return "/" + parts.join("/");
-}
 
 // What the line `text` shows, or null when it holds no picture alone:
 // { kind: "file", path, alt, source } | { kind: "web", address, alt } |
@@ -63,7 +39,7 @@ export function pictureOf(text, documentPath, folder) {
   } else {
     return null;
   }
-  if (/^[a-z][a-z0-9+.-]*:/i.test(written) && !/^file:/i.test(written)) return { kind: "web", address: written, alt };
+  if (isWebAddress(written)) return { kind: "web", address: written, alt };
   const cleaned = decode(written.replace(/^file:\/\//i, "").replace(/[?#].*$/, ""));
   const here = documentPath.slice(0, documentPath.lastIndexOf("/"));
   const path = cleaned.startsWith("/") ? (folder && !cleaned.startsWith(folder + "/") ? folder + cleaned : cleaned) : `${here}/${cleaned}`;
@@ -83,8 +59,9 @@ function placed(picture, facts) {
   return { ...picture, path: String(fact.path), width: fact.width, height: fact.height };
 }
 
-// The text column's width, which the boxes of pictures not drawn yet are estimated from.
-let columnWidth = 700;
+// The text column's width as its view last measured it, which the boxes of pictures not drawn yet
+// are estimated from: one measure per view, handed to the widgets its state makes.
+const column = Facet.define({ combine: (values) => values[0] ?? { width: 700 } });
 const columnWatch = ViewPlugin.fromClass(
   class {
     constructor(view) {
@@ -100,7 +77,7 @@ const columnWatch = ViewPlugin.fromClass(
         read() {
           const style = getComputedStyle(view.contentDOM);
           const width = view.contentDOM.clientWidth - parseFloat(style.paddingLeft) - parseFloat(style.paddingRight);
-          if (width > 0) columnWidth = width;
+          if (width > 0) view.state.facet(column).width = width;
         },
       });
     }
@@ -118,9 +95,10 @@ function mark(text, title) {
 }
 
 class PictureWidget extends WidgetType {
-  constructor(picture) {
+  constructor(picture, measured) {
     super();
     this.picture = picture;
+    this.column = measured;
   }
 
   eq(other) {
@@ -166,7 +144,7 @@ class PictureWidget extends WidgetType {
     const { kind, width, height } = this.picture;
     if (kind !== "file") return 28;
     if (!(width > 0 && height > 0)) return 240;
-    return Math.min(height, 0.6 * window.innerHeight, (columnWidth * height) / width) + 12;
+    return Math.min(height, 0.6 * window.innerHeight, (this.column.width * height) / width) + 12;
   }
 }
 
@@ -185,7 +163,7 @@ function pictureLine(state, text, from) {
   if (text[i] !== "!" && text[i] !== "<") return null;
   const picture = placed(pictureOf(text, state.facet(documentPath), state.facet(openFolder)), state.field(linkFacts));
   if (!picture || insideCode(state, from)) return null;
-  return Decoration.widget({ widget: new PictureWidget(picture), block: true, side: 1 }).range(from + text.length);
+  return Decoration.widget({ widget: new PictureWidget(picture, state.facet(column)), block: true, side: 1 }).range(from + text.length);
 }
 
 function allPictures(state) {
@@ -256,4 +234,7 @@ const pictureField = StateField.define({
   provide: (field) => EditorView.decorations.from(field),
 });
 
-export const pictures = [linkFacts, pictureField, pictureTheme, columnWatch];
+// Pictures in place for one editor view; its column's measure lives as long as the view.
+export function pictures() {
+  return [linkFacts, column.of({ width: 700 }), pictureField, pictureTheme, columnWatch];
+}

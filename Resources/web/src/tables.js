@@ -6,8 +6,8 @@ import { Decoration, EditorView, WidgetType, keymap } from "@codemirror/view";
 import { Prec, StateField } from "@codemirror/state";
 import { syntaxTree } from "@codemirror/language";
 import { headingText } from "./outline.js";
+import { LARGE_DOCUMENT } from "./document.js";
 
-const LARGEST = 200_000; // what a key can afford to walk the tree of
 const CONTAINERS = new Set(["Document", "BulletList", "OrderedList", "ListItem", "Blockquote"]);
 
 // The cells of a table line, without the outer pipes; "\|" stays in its cell.
@@ -82,7 +82,7 @@ class TableWidget extends WidgetType {
 }
 
 function tables(state) {
-  if (state.doc.length >= LARGEST) return Decoration.none;
+  if (state.doc.length >= LARGE_DOCUMENT) return Decoration.none;
   const ranges = [];
   const selection = state.selection.ranges;
   syntaxTree(state).iterate({
