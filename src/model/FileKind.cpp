@@ -6,35 +6,35 @@ namespace FileKind {
 
 namespace {
 
-bool hasExtension(QStringView name, std::initializer_list<QStringView> extensions)
+// The extension after the last dot; a leading dot starts a hidden name, not an extension.
+QStringView extension(QStringView name)
+{
+    const qsizetype dot = name.lastIndexOf(u'.');
+    return dot <= 0 ? QStringView() : name.mid(dot + 1);
+}
+
+template<typename Extensions> bool hasExtension(QStringView name, const Extensions &extensions)
 {
     const QStringView ext = extension(name);
-    return std::any_of(extensions.begin(), extensions.end(), [ext](QStringView wanted) {
+    return std::any_of(std::begin(extensions), std::end(extensions), [ext](QStringView wanted) {
         return ext.compare(wanted, Qt::CaseInsensitive) == 0;
     });
 }
 
-} // namespace
+constexpr std::array<QStringView, 6> pictureExtensions {u"png", u"jpg",  u"jpeg",
+                                                        u"gif", u"webp", u"svg"};
 
-QStringView extension(QStringView name)
-{
-    const qsizetype dot = name.lastIndexOf(u'.');
-    if (dot <= 0)
-        return {};
-    return name.mid(dot + 1);
-}
+} // namespace
 
 bool isMarkdown(QStringView name)
 {
-    const QStringView ext = extension(name);
-    return std::any_of(
-        markdownExtensions.begin(), markdownExtensions.end(),
-        [ext](QStringView wanted) { return ext.compare(wanted, Qt::CaseInsensitive) == 0; });
+    return hasExtension(name, markdownExtensions);
 }
 
 bool isSvgOrDiagram(QStringView name)
 {
-    return hasExtension(name, {u"svg"}) || name.contains(u".excalidraw");
+    return extension(name).compare(u"svg", Qt::CaseInsensitive) == 0
+        || name.contains(u".excalidraw");
 }
 
 bool isSearched(QStringView name)
@@ -44,7 +44,7 @@ bool isSearched(QStringView name)
 
 bool isPicture(QStringView name)
 {
-    return hasExtension(name, {u"png", u"jpg", u"jpeg", u"gif", u"webp", u"svg"});
+    return hasExtension(name, pictureExtensions);
 }
 
 bool isReadme(QStringView name)

@@ -13,9 +13,6 @@ namespace FileKind {
 // The extensions of Markdown documents, the one a link may leave out first.
 inline constexpr std::array<QStringView, 3> markdownExtensions {u"md", u"markdown", u"mdown"};
 
-// The extension after the last dot; a leading dot starts a hidden name, not an extension.
-QStringView extension(QStringView name);
-
 // A Markdown document: ".md", ".markdown" or ".mdown", in any case.
 bool isMarkdown(QStringView name);
 // An SVG picture or a diagram file (".svg", "*.excalidraw*"), which the search also reads.

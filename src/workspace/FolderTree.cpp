@@ -59,11 +59,12 @@ void FolderTree::startRescan()
 void FolderTree::startWatching(int watchLimit, const QString &documentPath)
 {
     m_watcher = std::make_unique<FolderWatcher>(m_fileSystem.ignoredFolderNames(), watchLimit);
-    connect(m_watcher.get(), &FolderWatcher::changed, this, [this](const auto &changes) {
-        if (changes.everything || !changes.folders.isEmpty())
-            refresh(changes);
-        Q_EMIT diskChanged(changes);
-    });
+    connect(m_watcher.get(), &FolderWatcher::changed, this,
+            [this](const FolderWatcher::Changes &changes) {
+                if (changes.everything || !changes.folders.isEmpty())
+                    refresh(changes);
+                Q_EMIT diskChanged(changes);
+            });
     watchDocumentFolder(documentPath);
     if (!m_rootURL.isEmpty())
         m_watcher->setRoot(FileUrl::path(m_rootURL));

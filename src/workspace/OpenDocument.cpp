@@ -156,19 +156,17 @@ bool OpenDocument::keepEdits()
 {
     if (m_notice != DocumentNotice::ChangedOnDisk || !m_document)
         return false;
-    FileIdentity identity;
-    FileResult<QString> read = TextFile::readUtf8(path(), &identity);
-    m_diskIdentity = read.ok() ? identity : FileIdentity::of(path());
-    if (read.ok())
-        m_diskText = read.value;
+    takeFileAsBase();
     setNotice(DocumentNotice::NoNotice);
     return true;
 }
 
-void OpenDocument::adoptFileAsWritten()
+void OpenDocument::takeFileAsBase()
 {
-    m_diskIdentity = FileIdentity::of(path());
-    if (FileResult<QString> read = TextFile::readUtf8(path()); read.ok())
+    FileIdentity identity;
+    FileResult<QString> read = TextFile::readUtf8(path(), &identity);
+    m_diskIdentity = read.ok() ? identity : FileIdentity::of(path());
+    if (read.ok())
         m_diskText = read.value;
 }
 

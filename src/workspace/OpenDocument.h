@@ -55,8 +55,9 @@ public:
     // The file's new text becomes what the edits replace: the next save writes them over it
     // ("Garder mes modifications"). False when no change was waiting for that answer.
     bool keepEdits();
-    // The file was written here, not by another program: what it holds now is not news.
-    void adoptFileAsWritten();
+    // What the file holds now becomes what the edits are edits of: it was written here, not by
+    // another program, or the edits are to go over it.
+    void takeFileAsBase();
 
     // The file may have changed: it is looked at once it has stood still.
     void checkFileSoon();

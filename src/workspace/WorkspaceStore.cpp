@@ -174,7 +174,7 @@ void WorkspaceStore::createNewFile(const QString &name, const QUrl &folder)
         return;
     }
     if (currentDocument() && created.value == currentDocument()->fileURL)
-        m_document.adoptFileAsWritten();
+        m_document.takeFileAsBase();
     reloadCurrentFolder();
     openFile(created.value);
 }

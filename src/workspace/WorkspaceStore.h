@@ -69,10 +69,6 @@ class WorkspaceStore : public QObject
     Q_PROPERTY(bool canGoForward READ canGoForward NOTIFY historyChanged)
 
 public:
-    static inline const QString recentsKey = WorkspaceSession::recentsKey;
-    static inline const QString lastFolderKey = WorkspaceSession::lastFolderKey;
-    static inline const QString lastFileKey = WorkspaceSession::lastFileKey;
-
     // Loads the recent folders and restores the last session from `settings` before returning.
     // Recovery drafts live in `draftsFolder` (the user's state folder when empty).
     explicit WorkspaceStore(std::unique_ptr<QSettings> settings,

@@ -69,7 +69,7 @@ private Q_SLOTS:
         delegate.applicationDidFinishLaunching({u"pagewell"_s, root + u"/other.md"_s}, QUrl());
         QCOMPARE(opened, (QStringList {u"README.md"_s, u"other.md"_s}));
         QCOMPARE(FileUrl::path(store->rootURL()), root);
-        QCOMPARE(QSettings(settings, QSettings::IniFormat).value(WorkspaceStore::lastFileKey),
+        QCOMPARE(QSettings(settings, QSettings::IniFormat).value(WorkspaceSession::lastFileKey),
                  QVariant(root + u"/other.md"_s));
         QVERIFY(!delegate.updaterController()); // no feed, no controller
 

@@ -99,7 +99,7 @@ private Q_SLOTS:
         QCOMPARE(store->recentFolderPaths().size(), 10);
         QCOMPARE(store->recentFolderPaths().first(), folders[10]);
         QVERIFY(!store->recentFolderPaths().contains(folders[1])); // the oldest one went
-        QCOMPARE(settings().value(WorkspaceStore::recentsKey).toStringList(),
+        QCOMPARE(settings().value(WorkspaceSession::recentsKey).toStringList(),
                  store->recentFolderPaths());
     }
 
@@ -112,7 +112,7 @@ private Q_SLOTS:
         QCOMPARE(store->currentDocument()->content, u"# ReadMe.MD\n"_s);
         QVERIFY(!store->currentDocument()->isDirty);
         QVERIFY(store->currentDocument()->headings.isEmpty());
-        QCOMPARE(settings().value(WorkspaceStore::lastFileKey).toString(),
+        QCOMPARE(settings().value(WorkspaceSession::lastFileKey).toString(),
                  withReadme + u"/ReadMe.MD"_s);
 
         const QString markdownReadme = folder({u"README.markdown"_s, u"docs/sub.md"_s});
@@ -141,8 +141,8 @@ private Q_SLOTS:
             store->openFile(fileUrl(elsewhere + u"/outside.md"_s));
             store->clearRecentFolders();
             QVERIFY(store->recentFolderPaths().isEmpty());
-            QVERIFY(!settings().contains(WorkspaceStore::recentsKey));
-            QCOMPARE(settings().value(WorkspaceStore::lastFolderKey).toString(), docs);
+            QVERIFY(!settings().contains(WorkspaceSession::recentsKey));
+            QCOMPARE(settings().value(WorkspaceSession::lastFolderKey).toString(), docs);
         }
         // The outside file comes back selected, though it is not in the tree.
         auto store = launch();
@@ -173,7 +173,7 @@ private Q_SLOTS:
         QVERIFY(store->alertMessage().contains(u"UTF-8"));
         QCOMPARE(store->currentDocument(), before);
         QCOMPARE(selectedPath(*store), path + u"/a.md"_s);
-        QCOMPARE(settings().value(WorkspaceStore::lastFileKey).toString(), path + u"/a.md"_s);
+        QCOMPARE(settings().value(WorkspaceSession::lastFileKey).toString(), path + u"/a.md"_s);
 
         // A folder URL is not a document: nothing happens, not even an alert.
         store->setShowAlert(false);

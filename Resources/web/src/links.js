@@ -5,7 +5,7 @@ import { syntaxTree } from "@codemirror/language";
 import { Decoration, EditorView, ViewPlugin, hoverTooltip } from "@codemirror/view";
 import { linkFacts } from "./linkFacts.js";
 import { documentPath, openFolder } from "./document.js";
-import { decode, isWebAddress, normalize } from "./paths.js";
+import { decode, isWebAddress, placePath } from "./paths.js";
 
 const ADDRESS = /\bhttps?:\/\/[^\s<>()[\]`"']+/g;
 // Punctuation that ends a sentence rather than the address.
@@ -69,11 +69,8 @@ export function destination(target, documentPath, folder) {
   const fragment = hash < 0 ? "" : written.slice(hash);
   written = (hash < 0 ? written : written.slice(0, hash)).replace(/\?.*$/, "");
   if (!written) return fragment;
-  const here = documentPath.slice(0, documentPath.lastIndexOf("/"));
   const path = decode(written);
-  // An absolute path outside the folder is read from the folder's root, as the host reads it.
-  const absolute = folder && !path.startsWith(folder + "/") ? folder + path : path;
-  const full = normalize(path.startsWith("/") ? absolute : `${here}/${path}`) ?? path;
+  const full = placePath(path, documentPath, folder) ?? path;
   const inside = folder && full.startsWith(folder + "/");
   return (inside ? full.slice(folder.length + 1) : full) + fragment;
 }

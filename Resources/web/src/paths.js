@@ -29,3 +29,11 @@ export function normalize(path) {
   }
   return "/" + parts.join("/");
 }
+
+// Where a path written in the document at `documentPath` leads: from the document's folder, or
+// when absolute, inside the open folder, else from the folder's root; null when ".." climbs
+// above the top.
+export function placePath(path, documentPath, folder) {
+  if (!path.startsWith("/")) return normalize(`${documentPath.slice(0, documentPath.lastIndexOf("/"))}/${path}`);
+  return normalize(folder && !path.startsWith(folder + "/") ? folder + path : path);
+}

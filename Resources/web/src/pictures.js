@@ -9,7 +9,7 @@ import { Decoration, EditorView, ViewPlugin, WidgetType } from "@codemirror/view
 import { syntaxTree } from "@codemirror/language";
 import { linkFacts, setLinkFacts } from "./linkFacts.js";
 import { documentPath, openFolder } from "./document.js";
-import { decode, isWebAddress, normalize } from "./paths.js";
+import { decode, isWebAddress, placePath } from "./paths.js";
 
 const MARKDOWN = /^ {0,3}!\[([^\]]*)\]\(\s*(<[^>\n]*>|[^\s)]+)(?:\s+(?:"[^"]*"|'[^']*'))?\s*\)\s*$/;
 const WIKI = /^ {0,3}!\[\[([^\]|\n]+)(?:\|([^\]\n]*))?\]\]\s*$/;
@@ -41,9 +41,7 @@ export function pictureOf(text, documentPath, folder) {
   }
   if (isWebAddress(written)) return { kind: "web", address: written, alt };
   const cleaned = decode(written.replace(/^file:\/\//i, "").replace(/[?#].*$/, ""));
-  const here = documentPath.slice(0, documentPath.lastIndexOf("/"));
-  const path = cleaned.startsWith("/") ? (folder && !cleaned.startsWith(folder + "/") ? folder + cleaned : cleaned) : `${here}/${cleaned}`;
-  const normalized = normalize(path);
+  const normalized = placePath(cleaned, documentPath, folder);
   if (!normalized || !folder || !normalized.startsWith(folder + "/")) return { kind: "outside", written, alt };
   if (!PICTURE.test(normalized)) return null;
   return { kind: "file", path: normalized, alt, source: source ?? written };
