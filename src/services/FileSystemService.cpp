@@ -8,6 +8,7 @@
 #include "model/FileUrl.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QHash>
 #include <QSemaphore>
 
@@ -380,14 +381,22 @@ QStringList FileSystemService::collectDocumentPaths(const FileItem &item) const
     return paths;
 }
 
-FileResult<QUrl> FileSystemService::createNewFile(const QUrl &folder, const QString &name) const
+QString FileSystemService::newFileName(const QString &name)
 {
     // The naming of a new file, not the test of which names are documents: only ".md" and
     // ".markdown" typed as such are kept, anything else gets ".md".
     QString fileName = name.trimmed();
     if (!fileName.endsWith(u".md") && !fileName.endsWith(u".markdown"))
         fileName += u".md"_s;
+    return fileName;
+}
+
+FileResult<QUrl> FileSystemService::createNewFile(const QUrl &folder, const QString &name) const
+{
+    const QString fileName = newFileName(name);
     const QString path = FileUrl::joinPath(FileUrl::path(folder), fileName);
+    if (QFileInfo::exists(path) || QFileInfo(path).isSymLink())
+        return {{}, FileError::fromErrno(EEXIST, path)};
     const QString title = QString(fileName).remove(u".md"_s, Qt::CaseSensitive);
     if (std::optional<FileError> error
         = TextFile::writeUtf8Atomically(path, u"# "_s + title + u"\n\n"_s))

@@ -38,7 +38,11 @@ public:
     // The same documents as absolute paths, for callers that need no URL.
     QStringList collectDocumentPaths(const FileItem &item) const;
 
-    // Writes a new document titled after `name` into `folder` and returns its URL.
+    // The file name a new document typed as `name` gets: ".md" added unless ".md" or
+    // ".markdown" was typed.
+    static QString newFileName(const QString &name);
+    // Writes a new document titled after `name` into `folder` and returns its URL; never over an
+    // existing file.
     FileResult<QUrl> createNewFile(const QUrl &folder, const QString &name) const;
     // Removes a file, or a folder with everything in it, permanently.
     std::optional<FileError> deleteItem(const QUrl &url) const;

@@ -48,30 +48,15 @@ void collect(const FileItem &folder, const Matches &matches, QList<const FileIte
     }
 }
 
-// Of the files `named`, the one nearest to the folder of `fromPath`, then the one with the
-// shortest path. A name written with folders ("guide/install") must end the file's path.
 const FileItem *nearest(const QList<const FileItem *> &named, const QString &written,
                         const QString &fromPath, bool dropExtension)
 {
-    const QString here = fromPath.section(u'/', 0, -2);
-    const FileItem *best = nullptr;
-    int bestDistance = std::numeric_limits<int>::max();
-    for (const FileItem *candidate : named) {
-        const QString path
-            = dropExtension ? FileKind::withoutMarkdownExtension(candidate->id()) : candidate->id();
-        if (written.contains(u'/') && !path.endsWith(u'/' + written, Qt::CaseInsensitive))
-            continue;
-        const int d = distance(here, candidate->id().section(u'/', 0, -2));
-        if (!best || d < bestDistance
-            || (d == bestDistance
-                && (candidate->id().size() < best->id().size()
-                    || (candidate->id().size() == best->id().size()
-                        && candidate->id() < best->id())))) {
-            best = candidate;
-            bestDistance = d;
-        }
-    }
-    return best;
+    QStringList paths;
+    paths.reserve(named.size());
+    for (const FileItem *file : named)
+        paths.append(file->id());
+    const qsizetype best = nearestPath(paths, written, fromPath, dropExtension);
+    return best < 0 ? nullptr : named[best];
 }
 
 std::optional<Target> resolveWiki(QString inner, const QString &fromPath, const FileItem &root,
@@ -145,6 +130,65 @@ bool isWebAddress(const QString &target)
     const QStringView text = QStringView(target).mid(target.startsWith(u'<'));
     return scheme.match(target).hasMatch() && !text.startsWith(u"file:"_s, Qt::CaseInsensitive)
         && !text.startsWith(u"javascript:"_s, Qt::CaseInsensitive);
+}
+
+qsizetype nearestPath(const QStringList &paths, const QString &written, const QString &fromPath,
+                      bool dropExtension)
+{
+    const QString here = fromPath.section(u'/', 0, -2);
+    qsizetype best = -1;
+    int bestDistance = std::numeric_limits<int>::max();
+    for (qsizetype i = 0; i < paths.size(); ++i) {
+        const QString &candidate = paths[i];
+        const QString path
+            = dropExtension ? FileKind::withoutMarkdownExtension(candidate) : candidate;
+        if (written.contains(u'/') && !path.endsWith(u'/' + written, Qt::CaseInsensitive))
+            continue;
+        const int d = distance(here, candidate.section(u'/', 0, -2));
+        if (best < 0 || d < bestDistance
+            || (d == bestDistance
+                && (candidate.size() < paths[best].size()
+                    || (candidate.size() == paths[best].size() && candidate < paths[best])))) {
+            best = i;
+            bestDistance = d;
+        }
+    }
+    return best;
+}
+
+std::optional<QString> resolveSpan(const QString &written, MarkdownLinks::Form form, bool picture,
+                                   const QString &fromPath, const FileItem &root,
+                                   const NameIndex *names)
+{
+    if (form == MarkdownLinks::Form::Wiki) {
+        const QString wiki = u"[["_s + written + u"]]"_s;
+        if (picture)
+            return resolvePicture(wiki, fromPath, root, names);
+        const std::optional<Target> target = resolve(wiki, fromPath, root, names);
+        if (!target || written.section(u'|', 0, 0).section(u'#', 0, 0).trimmed().isEmpty())
+            return std::nullopt;
+        return target->path;
+    }
+    const std::optional<QString> path = writtenPath(written.trimmed());
+    if (!path || path->isEmpty())
+        return std::nullopt;
+    QStringList candidates;
+    if (path->startsWith(u'/')) {
+        candidates.append(QDir::cleanPath(*path));
+        candidates.append(QDir::cleanPath(root.id() + *path));
+    } else {
+        candidates.append(QDir::cleanPath(fromPath.section(u'/', 0, -2) + u'/' + *path));
+    }
+    for (const QString &candidate : std::as_const(candidates)) {
+        if (candidate != root.id() && root.descendant(candidate))
+            return candidate;
+        for (const QStringView extension : FileKind::markdownExtensions) {
+            const QString file = candidate + u'.' + extension;
+            if (isDocument(root.descendant(file)))
+                return file;
+        }
+    }
+    return std::nullopt;
 }
 
 std::optional<Target> resolve(const QString &target, const QString &fromPath, const FileItem &root,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/FileItem.h"
+#include "services/MarkdownLinks.h"
 
 #include <QHash>
 #include <QList>
@@ -38,6 +39,20 @@ public:
 private:
     QHash<QString, QList<const FileItem *>> m_files;
 };
+
+// Of `paths`, the index of the one nearest to the folder of `fromPath` (fewest folders up and
+// down between them), then the shortest, then the first in code-point order; -1 when none fits.
+// A name written with folders ("guide/install") must end the path.
+qsizetype nearestPath(const QStringList &paths, const QString &written, const QString &fromPath,
+                      bool dropExtension);
+
+// The file or folder a link, definition or picture written in the document at `fromPath` leads
+// to, by the same rule as the links followed: a path leads to any entry of the tree, a wiki link
+// to a document, a wiki picture to a picture. Nothing for an address, a "#heading" of the
+// document itself, or a target outside the folder or missing.
+std::optional<QString> resolveSpan(const QString &written, MarkdownLinks::Form form, bool picture,
+                                   const QString &fromPath, const FileItem &root,
+                                   const NameIndex *names = nullptr);
 
 // Nothing when the target is a web address, leaves the folder or names no document in it.
 std::optional<Target> resolve(const QString &target, const QString &fromPath, const FileItem &root,

@@ -27,3 +27,9 @@ qsizetype NavigationHistory::find(int step, const std::function<bool(const QStri
     }
     return -1;
 }
+
+void NavigationHistory::replacePaths(const std::function<QString(const QString &)> &moved)
+{
+    for (QString &path : m_paths)
+        path = moved(path);
+}

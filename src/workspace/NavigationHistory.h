@@ -23,6 +23,8 @@ public:
     const QString &at(qsizetype index) const { return m_paths.at(index); }
     // The entry found was opened: it is the one shown now.
     void arrive(qsizetype index) { m_index = index; }
+    // Entries follow a renamed or moved document.
+    void replacePaths(const std::function<QString(const QString &)> &moved);
 
 private:
     QStringList m_paths; // oldest first

@@ -202,6 +202,31 @@ OpenDocument::DiskText OpenDocument::followFile(bool saveHeld)
     return DiskText::Conflict;
 }
 
+void OpenDocument::relocate(const QUrl &url)
+{
+    if (!m_document || m_document->fileURL == url)
+        return;
+    Q_EMIT relocated(m_document->fileURL, url);
+    EditorDocument document = *m_document;
+    document.fileURL = url;
+    setDocument(document, 0);
+}
+
+void OpenDocument::rewriteLinks(const QString &text, bool fileWritten)
+{
+    if (!m_document)
+        return;
+    if (fileWritten)
+        takeFileAsBase();
+    if (text == m_document->content && !fileWritten)
+        return;
+    EditorDocument document = *m_document;
+    document.content = text;
+    document.isDirty = text != m_diskText;
+    setDocument(document, Text | Modified);
+    Q_EMIT textReplaced();
+}
+
 void OpenDocument::checkFileSoon()
 {
     if (!m_document)

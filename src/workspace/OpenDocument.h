@@ -59,6 +59,12 @@ public:
     // another program, or the edits are to go over it.
     void takeFileAsBase();
 
+    // The document's file was renamed or moved here to `url`: text, edits and history stay.
+    void relocate(const QUrl &url);
+    // Its links were rewritten here (a linked item moved): the text becomes `text` as one
+    // change, and when the file was rewritten too, what the file holds now is the base.
+    void rewriteLinks(const QString &text, bool fileWritten);
+
     // The file may have changed: it is looked at once it has stood still.
     void checkFileSoon();
 
@@ -79,6 +85,8 @@ Q_SIGNALS:
     void fileChanged();
     // The text was replaced here, not typed in the page: the page takes it as one change.
     void textReplaced();
+    // The file moved from `from` to `to`, announced before the document changes.
+    void relocated(const QUrl &from, const QUrl &to);
 
 private:
     enum Part { Text = 1, Headings = 2, Modified = 4, Replaced = 8 | 1 | 2 | 4 };

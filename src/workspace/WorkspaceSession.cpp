@@ -80,3 +80,17 @@ void WorkspaceSession::setRecentFolderPaths(const QStringList &paths)
     m_recentFolderPaths = paths;
     Q_EMIT recentFolderPathsChanged();
 }
+
+void WorkspaceSession::replacePaths(const std::function<QString(const QString &)> &moved)
+{
+    QStringList recents = recentFolderPaths();
+    for (QString &path : recents)
+        path = moved(path);
+    if (recents != recentFolderPaths()) {
+        setRecentFolderPaths(recents);
+        store(recentsKey, recents);
+    }
+    const QString file = lastFile();
+    if (!file.isEmpty() && moved(file) != file)
+        rememberFile(moved(file));
+}

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <memory>
 
 // What the application remembers between launches, in the preferences store: the recent
@@ -29,6 +30,8 @@ public:
     // `path` is the last folder and the most recent one.
     void rememberFolder(const QString &path);
     void rememberFile(const QString &path);
+    // The recent folders and the last file follow a renamed or moved item.
+    void replacePaths(const std::function<QString(const QString &)> &moved);
     void clearRecentFolders();
 
 Q_SIGNALS:

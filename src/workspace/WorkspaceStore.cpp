@@ -4,6 +4,7 @@
 #include "model/FileUrl.h"
 #include "model/TextRules.h"
 #include "services/LinkResolver.h"
+#include "services/LinkRewriter.h"
 #include "services/TextFile.h"
 
 #include <QFileInfo>
@@ -37,6 +38,13 @@ WorkspaceStore::WorkspaceStore(std::unique_ptr<QSettings> settings, const QStrin
     connect(&m_search, &FolderSearch::resultsChanged, this, &WorkspaceStore::searchResultsChanged);
     connect(&m_search, &FolderSearch::isSearchingChanged, this,
             &WorkspaceStore::isSearchingChanged);
+    // The link index follows the tree, the disk and the saves made here.
+    connect(&m_tree, &FolderTree::rootItemChanged, this, [this] { m_links.update(rootItem()); });
+    connect(&m_document, &OpenDocument::saved, this,
+            [this] { m_links.documentSaved(m_document.path()); });
+    connect(&m_links, &LinkIndex::changed, this, &WorkspaceStore::backlinksChanged);
+    connect(&m_document, &OpenDocument::replaced, this, &WorkspaceStore::backlinksChanged);
+    connect(&m_document, &OpenDocument::relocated, this, &WorkspaceStore::documentRelocated);
 
     restoreLastSession();
 }
@@ -173,13 +181,52 @@ void WorkspaceStore::createNewFile(const QString &name, const QUrl &folder)
         presentAlert(u"Erreur lors de la création: "_s, *created.error);
         return;
     }
-    if (currentDocument() && created.value == currentDocument()->fileURL)
-        m_document.takeFileAsBase();
     reloadCurrentFolder();
     openFile(created.value);
 }
 
+void WorkspaceStore::createUntitledFile()
+{
+    if (hasFolder())
+        createNewFile(FolderOperations::freeName(FileUrl::path(rootURL()), u"untitled.md"_s));
+}
+
+QString WorkspaceStore::newFileRefusal(const QString &name, const QUrl &folder) const
+{
+    const QUrl target = folder.isEmpty() ? rootURL() : folder;
+    if (target.isEmpty() || TextRules::isBlank(name))
+        return {};
+    const QString fileName = FileSystemService::newFileName(name);
+    if (!QFileInfo::exists(FileUrl::joinPath(FileUrl::path(target), fileName)))
+        return {};
+    return u"\u00AB\u00A0%1\u00A0\u00BB existe d\u00E9j\u00E0 dans ce dossier."_s.arg(fileName);
+}
+
 void WorkspaceStore::deleteFile(const QUrl &url)
+{
+    const QString path = FileUrl::path(url);
+    if (!QFileInfo::exists(path) && !QFileInfo(path).isSymLink()) {
+        presentAlert(u"Erreur lors de la suppression: "_s, FileError::fromErrno(ENOENT, path));
+        return;
+    }
+    const std::optional<FolderOperations::Trashed> trashed = FolderOperations::moveToTrash(path);
+    if (!trashed) {
+        Q_EMIT permanentDeletionRequest(url, FileUrl::lastPathComponent(url));
+        return;
+    }
+    if (m_selectedFileURL == url) {
+        m_drafts.forget();
+        setSelectedFileURL(QUrl());
+        m_document.close();
+    }
+    m_lastMove.reset();
+    m_lastTrash = trashed;
+    setOperation(u"\u00AB\u00A0%1\u00A0\u00BB a \u00E9t\u00E9 mis \u00E0 la corbeille."_s.arg(
+        FileUrl::lastPathComponent(url)));
+    reloadCurrentFolder();
+}
+
+void WorkspaceStore::deletePermanently(const QUrl &url)
 {
     if (const std::optional<FileError> error = m_tree.fileSystem().deleteItem(url)) {
         presentAlert(u"Erreur lors de la suppression: "_s, *error);
@@ -191,6 +238,250 @@ void WorkspaceStore::deleteFile(const QUrl &url)
         m_document.close();
     }
     reloadCurrentFolder();
+}
+
+QString WorkspaceStore::renameRefusal(const QUrl &url, const QString &name) const
+{
+    const QString path = FileUrl::path(url);
+    if (name.contains(u'/'))
+        return u"Un nom ne peut pas contenir \u00AB\u00A0/\u00A0\u00BB."_s;
+    return FolderOperations::refusal(path, path.section(u'/', 0, -2) + u'/' + name.trimmed())
+        .value_or(QString());
+}
+
+bool WorkspaceStore::canMoveInto(const QUrl &url, const QUrl &folder) const
+{
+    const QString path = FileUrl::path(url);
+    const QString target = FileUrl::path(folder);
+    const FileItem *node = rootItem() ? rootItem()->descendant(target) : nullptr;
+    return node && node->isDirectory() && target != path && !target.startsWith(path + u'/')
+        && target != path.section(u'/', 0, -2);
+}
+
+QVariantMap WorkspaceStore::prepareRename(const QUrl &url, const QString &name)
+{
+    const QString path = FileUrl::path(url);
+    return prepare(path, path.section(u'/', 0, -2) + u'/' + name.trimmed(), QFileInfo(path).isDir(),
+                   renameRefusal(url, name));
+}
+
+QVariantMap WorkspaceStore::prepareMove(const QUrl &url, const QUrl &folder)
+{
+    const QString path = FileUrl::path(url);
+    const QString to = FileUrl::path(folder) + u'/' + path.section(u'/', -1);
+    QString refusal;
+    if (!canMoveInto(url, folder))
+        refusal = u"\u00AB\u00A0%1\u00A0\u00BB ne peut pas aller dans ce dossier."_s.arg(
+            path.section(u'/', -1));
+    else
+        refusal = FolderOperations::refusal(path, to).value_or(QString());
+    return prepare(path, to, QFileInfo(path).isDir(), refusal);
+}
+
+QVariantMap WorkspaceStore::prepare(const QString &from, const QString &to, bool isFolder,
+                                    const QString &refusal)
+{
+    m_pendingMove.reset();
+    if (!refusal.isEmpty() || !rootItem())
+        return {{u"refusal"_s, refusal}, {u"links"_s, 0}};
+    m_links.waitUntilCurrent();
+    const LinkRewriter::Move move {from, to, isFolder};
+    m_pendingMove
+        = FolderOperations::plan(*rootItem(), move, m_links.documentsLinkingTo(from), true);
+    QStringList documents;
+    for (const FolderOperations::Change &change : std::as_const(m_pendingMove->changes))
+        documents.append(change.path.mid(rootItem()->id().size() + 1));
+    const int links = m_pendingMove->links();
+    const qsizetype count = documents.size();
+    const QString name = from.section(u'/', -1);
+    const QString question = links == 1
+        ? u"1 lien dans 1 document m\u00E8ne \u00E0 \u00AB\u00A0%1\u00A0\u00BB."_s.arg(name)
+        : u"%1 liens dans %2 %3 m\u00E8nent \u00E0 \u00AB\u00A0%4\u00A0\u00BB."_s.arg(links)
+              .arg(count)
+              .arg(count == 1 ? u"document"_s : u"documents"_s, name);
+    return {{u"refusal"_s, QString()},
+            {u"links"_s, links},
+            {u"documents"_s, documents},
+            {u"question"_s, question}};
+}
+
+void WorkspaceStore::cancelPendingMove()
+{
+    m_pendingMove.reset();
+}
+
+void WorkspaceStore::applyPendingMove(bool updateLinks)
+{
+    if (!m_pendingMove || !rootItem())
+        return;
+    FolderOperations::Plan plan = *std::exchange(m_pendingMove, std::nullopt);
+    if (!updateLinks)
+        plan.changes.clear();
+    // The open document's text in the page, unsaved edits included, rewritten the same way.
+    std::optional<QString> pageText;
+    if (updateLinks && currentDocument()) {
+        const LinkResolver::NameIndex names(*rootItem());
+        const LinkRewriter::Result rewritten = LinkRewriter::rewrite(
+            currentDocument()->content, m_document.path(), plan.move, *rootItem(), names);
+        if (rewritten.links > 0)
+            pageText = rewritten.text;
+    }
+    std::variant<FolderOperations::Done, FileError> result = FolderOperations::perform(plan);
+    if (const FileError *error = std::get_if<FileError>(&result)) {
+        presentAlert(u"Impossible de d\u00E9placer \u00AB\u00A0%1\u00A0\u00BB : "_s.arg(
+                         plan.move.from.section(u'/', -1)),
+                     *error);
+        return;
+    }
+    const FolderOperations::Done &done = std::get<FolderOperations::Done>(result);
+    m_pageTextBefore = currentDocument() ? currentDocument()->content : QString();
+    followMove(plan.move);
+    const bool openWritten = std::any_of(done.written.begin(), done.written.end(),
+                                         [this](const FolderOperations::Change &change) {
+                                             return change.newPath == m_document.path();
+                                         });
+    if (pageText || openWritten)
+        m_document.rewriteLinks(pageText.value_or(currentDocument()->content), openWritten);
+    m_pageTextAfter = currentDocument() ? currentDocument()->content : QString();
+    reloadCurrentFolder();
+    QSet<QString> written;
+    for (const FolderOperations::Change &change : done.written)
+        written.insert(change.newPath);
+    m_links.update(rootItem(), written);
+
+    m_lastTrash.reset();
+    m_lastMove = done;
+    const QString oldName = plan.move.from.section(u'/', -1);
+    const QString what = plan.move.from.section(u'/', 0, -2) == plan.move.to.section(u'/', 0, -2)
+        ? u"\u00AB\u00A0%1\u00A0\u00BB renomm\u00E9 en \u00AB\u00A0%2\u00A0\u00BB"_s.arg(
+            oldName, plan.move.to.section(u'/', -1))
+        : u"\u00AB\u00A0%1\u00A0\u00BB d\u00E9plac\u00E9 vers \u00AB\u00A0%2\u00A0\u00BB"_s.arg(
+            oldName,
+            plan.move.to.section(u'/', 0, -2) == rootItem()->id()
+                ? folderName()
+                : plan.move.to.section(u'/', -2, -2));
+    const qsizetype documents = done.written.size();
+    setOperation(done.links == 0 ? what + u'.'
+                                 : u"%1\u00A0; %2 %3 mis \u00E0 jour dans %4 %5."_s.arg(what)
+                                       .arg(done.links)
+                                       .arg(done.links == 1 ? u"lien"_s : u"liens"_s)
+                                       .arg(documents)
+                                       .arg(documents == 1 ? u"document"_s : u"documents"_s));
+    alertFailures(u"Ces documents n'ont pas \u00E9t\u00E9 mis \u00E0 jour"_s, done);
+}
+
+void WorkspaceStore::followMove(const LinkRewriter::Move &move)
+{
+    const QString path = m_document.path();
+    const QString moved = move.apply(path);
+    if (!path.isEmpty() && moved != path) {
+        const QUrl url = QUrl::fromLocalFile(moved);
+        m_drafts.drafts().remove(path);
+        m_document.relocate(url);
+        setSelectedFileURL(url);
+        m_session.rememberFile(moved);
+        m_tree.watchDocumentFolder(moved);
+        if (currentDocument()->isDirty)
+            m_drafts.writeNow();
+    }
+    m_history.replacePaths([&move](const QString &entry) { return move.apply(entry); });
+    m_session.replacePaths([&move](const QString &entry) { return move.apply(entry); });
+    Q_EMIT historyChanged();
+}
+
+void WorkspaceStore::undoLastOperation()
+{
+    if (m_lastTrash) {
+        const FolderOperations::Trashed trashed = *std::exchange(m_lastTrash, std::nullopt);
+        setOperation({});
+        if (const std::optional<FileError> error = FolderOperations::restore(trashed)) {
+            presentAlert(u"Impossible de remettre \u00AB\u00A0%1\u00A0\u00BB : "_s.arg(
+                             trashed.original.section(u'/', -1)),
+                         *error);
+            return;
+        }
+        reloadCurrentFolder();
+        if (!currentDocument() && FileKind::isMarkdown(trashed.original.section(u'/', -1)))
+            openFile(QUrl::fromLocalFile(trashed.original));
+        return;
+    }
+    if (!m_lastMove)
+        return;
+    const FolderOperations::Done last = *std::exchange(m_lastMove, std::nullopt);
+    setOperation({});
+    const FolderOperations::Done undone = FolderOperations::undo(last);
+    const bool movedBack = !undone.failed.contains(last.move.to);
+    const bool openWritten = std::any_of(undone.written.begin(), undone.written.end(),
+                                         [this](const FolderOperations::Change &change) {
+                                             return change.newPath == m_document.path();
+                                         });
+    if (movedBack)
+        followMove(undone.move);
+    if (currentDocument()) {
+        // The page's text goes back too, unless it was typed in since.
+        const bool untouched = currentDocument()->content == m_pageTextAfter;
+        if (untouched || openWritten)
+            m_document.rewriteLinks(untouched ? m_pageTextBefore : currentDocument()->content,
+                                    openWritten);
+    }
+    reloadCurrentFolder();
+    QSet<QString> written;
+    for (const FolderOperations::Change &change : undone.written)
+        written.insert(undone.move.apply(change.newPath));
+    m_links.update(rootItem(), written);
+    alertFailures(u"Ces documents n'ont pas \u00E9t\u00E9 remis comme avant"_s, undone);
+}
+
+void WorkspaceStore::dismissOperation()
+{
+    m_lastMove.reset();
+    m_lastTrash.reset();
+    setOperation({});
+}
+
+void WorkspaceStore::setOperation(const QString &message)
+{
+    m_operationMessage = message;
+    Q_EMIT operationChanged();
+}
+
+void WorkspaceStore::alertFailures(const QString &title, const FolderOperations::Done &done)
+{
+    QStringList lines;
+    const auto relative = [this](const QString &path) {
+        return rootItem() && path.startsWith(rootItem()->id() + u'/')
+            ? path.mid(rootItem()->id().size() + 1)
+            : path;
+    };
+    for (const QString &path : done.leftAlone)
+        lines.append(u"\u2022 %1 (modifi\u00E9 par un autre programme)"_s.arg(relative(path)));
+    for (qsizetype i = 0; i < done.failed.size(); ++i)
+        lines.append(u"\u2022 %1 (%2)"_s.arg(relative(done.failed[i]),
+                                             done.errors[i].localizedDescription()));
+    if (lines.isEmpty())
+        return;
+    setAlertMessage(title + u"\u00A0:\n"_s + lines.join(u'\n'));
+    setShowAlert(true);
+}
+
+QList<WorkspaceStore::Backlink> WorkspaceStore::backlinks() const
+{
+    QList<Backlink> backlinks;
+    const QString path = m_document.path();
+    if (path.isEmpty())
+        return backlinks;
+    for (const auto &[from, link] : m_links.linksTo(path)) {
+        if (from != path)
+            backlinks.append({from, link.line, link.lineText});
+    }
+    return backlinks;
+}
+
+void WorkspaceStore::openFileAtLine(const QUrl &url, int line)
+{
+    openFile(url);
+    if (m_document.path() == FileUrl::path(url))
+        Q_EMIT lineRevealRequest(line);
 }
 
 void WorkspaceStore::updateSearch(const QString &query)
@@ -309,6 +600,10 @@ void WorkspaceStore::diskChanged(const FolderWatcher::Changes &changes)
         m_document.checkFileSoon();
     if (FolderSearch::touchesDocuments(changes))
         m_search.refreshSoon();
+    if (changes.everything)
+        m_links.rereadAll();
+    else if (!changes.files.isEmpty())
+        m_links.update(rootItem(), changes.files);
 }
 
 void WorkspaceStore::presentAlert(const QString &prefix, const FileError &error)

@@ -2,8 +2,10 @@
 
 #include "DocumentNotice.h"
 #include "DraftKeeper.h"
+#include "FolderOperations.h"
 #include "FolderSearch.h"
 #include "FolderTree.h"
+#include "LinkIndex.h"
 #include "NavigationHistory.h"
 #include "OpenDocument.h"
 #include "WorkspaceSession.h"
@@ -20,6 +22,7 @@
 #include <QStringList>
 #include <QUrl>
 #include <QVariant>
+#include <QVariantMap>
 
 #include <memory>
 #include <optional>
@@ -67,6 +70,8 @@ class WorkspaceStore : public QObject
     Q_PROPERTY(QString noticeDetail READ noticeDetail NOTIFY noticeChanged)
     Q_PROPERTY(bool canGoBack READ canGoBack NOTIFY historyChanged)
     Q_PROPERTY(bool canGoForward READ canGoForward NOTIFY historyChanged)
+    // What the last rename, move or deletion did, while "Annuler" can take it back.
+    Q_PROPERTY(QString operationMessage READ operationMessage NOTIFY operationChanged)
 
 public:
     // Loads the recent folders and restores the last session from `settings` before returning.
@@ -139,8 +144,46 @@ public:
     // Creates a document from the typed name in `folder`, or in the open folder, then rescans and
     // opens it.
     Q_INVOKABLE void createNewFile(const QString &name, const QUrl &folder = QUrl());
-    // Removes a file or a folder permanently and rescans; deleting the open file closes it.
+    // Creates "untitled.md" in the open folder, or "untitled 2.md", ... when that name is taken.
+    Q_INVOKABLE void createUntitledFile();
+    // Why a new document named `name` cannot be made in `folder` (the open folder when empty):
+    // its name is taken. Empty when it can.
+    Q_INVOKABLE QString newFileRefusal(const QString &name, const QUrl &folder = QUrl()) const;
+    // Puts a file or a folder in the desktop's trash and rescans; deleting the open file closes
+    // it. Where no trash can take it, permanentDeletionRequest asks first.
     Q_INVOKABLE void deleteFile(const QUrl &url);
+    // Removes an item for good (the answer to permanentDeletionRequest).
+    Q_INVOKABLE void deletePermanently(const QUrl &url);
+
+    // Why the item at `url` cannot take the name `name` in its folder; empty when it can.
+    Q_INVOKABLE QString renameRefusal(const QUrl &url, const QString &name) const;
+    // Whether the item at `url` may move into `folder`: not into itself or below itself, nor
+    // where it already is.
+    Q_INVOKABLE bool canMoveInto(const QUrl &url, const QUrl &folder) const;
+    // Prepares renaming the item at `url` to `name`, or moving it into `folder`, and says what
+    // that changes: {refusal, links, documents (paths from the open folder), question}. Nothing
+    // happens until applyPendingMove().
+    Q_INVOKABLE QVariantMap prepareRename(const QUrl &url, const QString &name);
+    Q_INVOKABLE QVariantMap prepareMove(const QUrl &url, const QUrl &folder);
+    // Renames or moves as prepared, with the links that lead to it rewritten or not.
+    Q_INVOKABLE void applyPendingMove(bool updateLinks);
+    Q_INVOKABLE void cancelPendingMove();
+    // Takes the last rename, move or deletion back; dismisses its message.
+    Q_INVOKABLE void undoLastOperation();
+    Q_INVOKABLE void dismissOperation();
+    QString operationMessage() const { return m_operationMessage; }
+
+    // The links written elsewhere in the folder that lead to the open document.
+    struct Backlink
+    {
+        QString path;
+        int line; // from 0
+        QString lineText;
+    };
+    QList<Backlink> backlinks() const;
+    const LinkIndex &linkIndex() const { return m_links; }
+    // Opens the document and shows the line `line` (from 0).
+    Q_INVOKABLE void openFileAtLine(const QUrl &url, int line);
 
     // Records the query and searches the open folder in the background, superseding the search
     // under way; its results are published here unless a later call superseded it meanwhile.
@@ -205,6 +248,15 @@ Q_SIGNALS:
     void documentModifiedChanged();
 
     void historyChanged();
+    void operationChanged();
+    // No trash can take the item: the window asks before removing it for good.
+    void permanentDeletionRequest(const QUrl &url, const QString &name);
+    // The links that lead to the open document may have changed.
+    void backlinksChanged();
+    // The open document moved here, from `from` to `to`: the page keeps its text and history.
+    void documentRelocated(const QUrl &from, const QUrl &to);
+    // The editor page is to show the line `line` (from 0) of the open document.
+    void lineRevealRequest(int line);
 
     // Requests towards the editor page, each heard once by whoever listens at that moment: a
     // heading to scroll to, text to insert at the caret, a document reached by going back or
@@ -225,6 +277,12 @@ private:
     void setSelectedFileURL(const QUrl &url);
     void setAlertMessage(const QString &message);
     void diskChanged(const FolderWatcher::Changes &changes);
+    QVariantMap prepare(const QString &from, const QString &to, bool isFolder,
+                        const QString &refusal);
+    // The open document, its draft, selection, history and session follow a moved item.
+    void followMove(const LinkRewriter::Move &move);
+    void setOperation(const QString &message);
+    void alertFailures(const QString &title, const FolderOperations::Done &done);
 
     WorkspaceSession m_session;
     FolderTree m_tree;
@@ -232,6 +290,15 @@ private:
     DraftKeeper m_drafts;
     FolderSearch m_search {&m_tree};
     NavigationHistory m_history;
+    LinkIndex m_links;
+    std::optional<FolderOperations::Plan> m_pendingMove;
+    // What "Annuler" takes back: the last move, with the open document's text before and after
+    // it, or the last item put in the trash.
+    std::optional<FolderOperations::Done> m_lastMove;
+    QString m_pageTextBefore;
+    QString m_pageTextAfter;
+    std::optional<FolderOperations::Trashed> m_lastTrash;
+    QString m_operationMessage;
     bool m_travelling = false;
 
     QUrl m_selectedFileURL;

@@ -293,9 +293,10 @@ private Q_SLOTS:
         QCOMPARE(store->currentDocument()->content, u"# untitled\n\n"_s);
         QVERIFY(store->rootItem()->children().size() == 3);
 
-        // The same name again rewrites the file, but the open document stays as it is.
+        // The same name again replaces nothing: the alert says so, the document stays as it is.
         store->updateDocumentContent(u"edited"_s);
         store->createNewFile(u"untitled.md"_s);
+        QVERIFY(store->showAlert());
         QCOMPARE(readFile(created), QByteArray("# untitled\n\n"));
         QCOMPARE(store->currentDocument()->content, u"edited"_s);
         QVERIFY(store->currentDocument()->isDirty);
