@@ -49,6 +49,18 @@ void Coordinator::setStore(WorkspaceStore *store)
         });
         connect(store, &WorkspaceStore::documentTextReplaced, this,
                 &Coordinator::documentTextReplaced);
+        // A renamed or moved document stays in the page, under its new path.
+        connect(store, &WorkspaceStore::documentRelocated, this,
+                [this](const QUrl &from, const QUrl &to) {
+                    if (m_currentLoadedURL != from)
+                        return;
+                    m_currentLoadedURL = to;
+                    m_relocatedFrom = FileUrl::path(from);
+                    if (m_pageLoaded)
+                        Q_EMIT scriptRequested(EditorScripts::pathCall(FileUrl::path(to)), false);
+                });
+        connect(store, &WorkspaceStore::lineRevealRequest, this,
+                [this](int line) { Q_EMIT scriptRequested(EditorScripts::lineCall(line), false); });
         // The page's text reaches the store before the save: its messages keep their order.
         connect(store, &WorkspaceStore::saveRequest, this,
                 [this] { Q_EMIT saveScriptRequested(EditorScripts::saveCall()); });
@@ -142,6 +154,7 @@ void Coordinator::update()
     if (!document || document->fileURL == m_currentLoadedURL)
         return;
     m_currentLoadedURL = document->fileURL;
+    m_relocatedFrom.clear();
     if (!m_pageLoaded)
         return;
     m_isInternalUpdate = true;
@@ -256,8 +269,10 @@ void Coordinator::handleMessage(const QString &type, const QVariantMap &body)
         // to that document, which the store keeps as a draft.
         const QVariant path = body.value(u"path"_s);
         const std::optional<EditorDocument> &document = m_store->currentDocument();
+        // Text sent under the path a rename just replaced is the open document's own.
         if (path.typeId() == QMetaType::QString && document
-            && path.toString() != FileUrl::path(document->fileURL)) {
+            && path.toString() != FileUrl::path(document->fileURL)
+            && path.toString() != m_relocatedFrom) {
             m_store->updateReplacedDocumentContent(path.toString(), markdown.toString());
             return;
         }

@@ -100,6 +100,8 @@ private:
     // The appearance when the view was made: what the first call of the page carries.
     std::optional<bool> m_parentIsDark;
     QUrl m_currentLoadedURL;
+    // The path the open document had before it was renamed or moved here.
+    QString m_relocatedFrom;
     std::optional<bool> m_lastColorScheme;
     bool m_isInternalUpdate = false;
     // Until the page has loaded, a document's text is not sent: the page could not take it yet,

@@ -115,4 +115,14 @@ QString scrollCall(const QString &headingId)
     return u"window.Pagewell && window.Pagewell.scrollToHeading("_s + quoted(headingId) + u");"_s;
 }
 
+QString pathCall(const QString &filePath)
+{
+    return u"window.Pagewell && window.Pagewell.setDocumentPath("_s + quoted(filePath) + u");"_s;
+}
+
+QString lineCall(int line)
+{
+    return u"window.Pagewell && window.Pagewell.revealLine(%1);"_s.arg(line);
+}
+
 } // namespace EditorScripts

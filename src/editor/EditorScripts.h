@@ -29,6 +29,10 @@ QString saveCall();
 // Gives the text the keyboard, as a click in it would.
 QString focusCall();
 QString scrollCall(const QString &headingId);
+// The open document's file was renamed or moved: the page keeps it under its new path.
+QString pathCall(const QString &filePath);
+// Shows the line `line` (from 0) with the caret at its start.
+QString lineCall(int line);
 // Shows the open document where it was left when another replaced it (going back or forth).
 QString positionCall();
 // The open folder, the only place pictures are shown from.

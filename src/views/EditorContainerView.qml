@@ -29,9 +29,20 @@ Rectangle {
         store: WorkspaceStore
     }
 
+    OperationNoticeView {
+        id: operationNotice
+
+        objectName: "operationNotice"
+        anchors.top: parent.top
+        anchors.left: parent.left
+        anchors.right: parent.right
+        height: implicitHeight
+    }
+
     ColumnLayout {
         objectName: "placeholder"
         anchors.fill: parent
+        anchors.topMargin: operationNotice.height
         visible: !header.hasDocument
         spacing: 12
 
@@ -68,6 +79,7 @@ Rectangle {
 
     ColumnLayout {
         anchors.fill: parent
+        anchors.topMargin: operationNotice.height
         visible: header.hasDocument
         spacing: 0
 

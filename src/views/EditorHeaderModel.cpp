@@ -18,6 +18,8 @@ void EditorHeaderModel::setStore(WorkspaceStore *store)
         connect(store, &WorkspaceStore::documentReplaced, this, &EditorHeaderModel::update);
         connect(store, &WorkspaceStore::documentModifiedChanged, this, &EditorHeaderModel::update);
         connect(store, &WorkspaceStore::rootURLChanged, this, &EditorHeaderModel::update);
+        // A renamed or moved document keeps its text; its name and place change.
+        connect(store, &WorkspaceStore::selectedFileURLChanged, this, &EditorHeaderModel::update);
         connect(store, &WorkspaceStore::documentTextChanged, this, &EditorHeaderModel::count);
     }
     update();

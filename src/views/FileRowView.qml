@@ -17,9 +17,14 @@ ItemDelegate {
     required property int badgeCount
     required property string symbol
     required property int kind
+    required property url url
     property bool isCurrent: false
+    // An item is dragged over this folder row and may go into it.
+    readonly property bool isDropTarget: dropArea.containsDrag && dropArea.accepting
 
     signal contextMenuRequested(real x, real y)
+    // An item of the tree was dropped on this folder row.
+    signal droppedOnFolder(url source, url folder)
 
     readonly property color symbolColor: [Theme.accent, Theme.blue, Theme.orange, Theme.secondary][kind]
 
@@ -38,8 +43,8 @@ ItemDelegate {
     background: Rectangle {
         radius: 6
         color: row.isSelected ? Theme.withOpacity(Theme.accent, 0.12) : row.hovered ? Theme.withOpacity(Theme.secondary, 0.08) : "transparent"
-        border.width: row.isCurrent ? 1 : 0
-        border.color: Theme.withOpacity(Theme.accent, 0.7)
+        border.width: row.isCurrent || row.isDropTarget ? (row.isDropTarget ? 2 : 1) : 0
+        border.color: Theme.withOpacity(Theme.accent, row.isDropTarget ? 1 : 0.7)
     }
 
     contentItem: RowLayout {
@@ -91,5 +96,54 @@ ItemDelegate {
         anchors.fill: parent
         acceptedButtons: Qt.RightButton
         onClicked: mouse => row.contextMenuRequested(mouse.x, mouse.y)
+    }
+
+    // A row is dragged as the desktop drags (Escape cancels, the cursor says where it may go),
+    // with its picture under the pointer.
+    Drag.dragType: Drag.Automatic
+    Drag.supportedActions: Qt.MoveAction
+    Drag.mimeData: ({
+            "text/uri-list": row.url.toString(),
+            "application/x-pagewell-item": row.url.toString()
+        })
+    Drag.keys: ["application/x-pagewell-item"]
+
+    DragHandler {
+        id: dragHandler
+
+        target: null
+        acceptedButtons: Qt.LeftButton
+        onActiveChanged: {
+            if (active)
+                row.grabToImage(result => {
+                        row.Drag.imageSource = result.url;
+                        row.Drag.active = dragHandler.active;
+                    });
+            else
+                row.Drag.active = false;
+        }
+    }
+
+    DropArea {
+        id: dropArea
+
+        property bool accepting: false
+
+        anchors.fill: parent
+        enabled: row.isDirectory
+        keys: ["application/x-pagewell-item"]
+        onEntered: drag => {
+            accepting = WorkspaceStore.canMoveInto(drag.getDataAsString("application/x-pagewell-item"), row.url);
+            drag.accepted = accepting;
+        }
+        onExited: accepting = false
+        onDropped: drop => {
+            const source = drop.getDataAsString("application/x-pagewell-item");
+            accepting = false;
+            if (!WorkspaceStore.canMoveInto(source, row.url))
+                return;
+            drop.acceptProposedAction();
+            row.droppedOnFolder(source, row.url);
+        }
     }
 }

@@ -15,6 +15,19 @@ Item {
     property alias newFileName: nameField.text
     property alias newFileSheet: newFileSheet
     property alias contextMenu: contextMenu
+    property alias renameSheet: renameSheet
+    property alias linkDialog: linkDialog
+    property alias moveDialog: moveDialog
+
+    // The item at `url` is to move into `folder`: the links it changes are asked about first.
+    function moveItem(url, folder) {
+        linkDialog.ask(WorkspaceStore.prepareMove(url, folder));
+    }
+
+    function renameRow(row) {
+        const index = treeModel.index(row, 0);
+        renameSheet.show(treeModel.data(index, FolderTreeModel.UrlRole), treeModel.data(index, FolderTreeModel.NameRole), treeModel.data(index, FolderTreeModel.IsDirectoryRole));
+    }
 
     function showNewFileSheet(folderUrl) {
         targetDirForNewFile = folderUrl;
@@ -71,6 +84,7 @@ Item {
                 list.currentIndex = index;
                 contextMenu.show(index, isDirectory, this, x, y);
             }
+            onDroppedOnFolder: (source, folder) => root.moveItem(source, folder)
         }
 
         onActiveFocusChanged: {
@@ -91,6 +105,12 @@ Item {
         }
         Keys.onReturnPressed: treeModel.activate(currentIndex)
         Keys.onEnterPressed: treeModel.activate(currentIndex)
+        Keys.onPressed: event => {
+            if (event.key === Qt.Key_F2 && currentIndex >= 0) {
+                root.renameRow(currentIndex);
+                event.accepted = true;
+            }
+        }
         Keys.onMenuPressed: {
             if (currentItem)
                 contextMenu.show(currentIndex, currentItem.isDirectory, currentItem, 24, currentItem.height);
@@ -125,6 +145,22 @@ Item {
         MenuSeparator {
             visible: contextMenu.forFolder
             height: visible ? implicitHeight : 0
+        }
+        MenuItem {
+            Accessible.onPressAction: clicked()
+            objectName: "renameItem"
+            text: "Renommer..."
+            icon.source: Symbols.source("pencil")
+            onTriggered: root.renameRow(contextMenu.row)
+        }
+        MenuItem {
+            Accessible.onPressAction: clicked()
+            objectName: "moveItem"
+            text: "Déplacer vers..."
+            icon.source: Symbols.source("folder.badge.arrow")
+            onTriggered: moveDialog.show(contextMenu.itemUrl)
+        }
+        MenuSeparator {
         }
         MenuItem {
             Accessible.onPressAction: clicked()
@@ -184,6 +220,18 @@ Item {
                 Accessible.name: "Nom du nouveau fichier"
                 selectByMouse: true
             }
+            Label {
+                id: newFileRefusal
+
+                objectName: "newFileRefusal"
+                Layout.fillWidth: true
+                Layout.topMargin: -8
+                visible: text !== ""
+                text: WorkspaceStore.newFileRefusal(nameField.text, root.targetDirForNewFile)
+                font.pointSize: Theme.caption
+                color: Theme.red
+                wrapMode: Text.Wrap
+            }
             RowLayout {
                 Item {
                     Layout.fillWidth: true
@@ -198,10 +246,26 @@ Item {
 
                     objectName: "createButton"
                     text: "Créer"
-                    enabled: WorkspaceStore.acceptsNewFileName(nameField.text)
+                    enabled: WorkspaceStore.acceptsNewFileName(nameField.text) && newFileRefusal.text === ""
                     onClicked: newFileSheet.create()
                 }
             }
         }
+    }
+
+    RenameSheet {
+        id: renameSheet
+
+        onConfirmed: plan => linkDialog.ask(plan)
+    }
+
+    MoveToDialog {
+        id: moveDialog
+
+        onChosen: folder => root.moveItem(moveDialog.itemUrl, folder)
+    }
+
+    LinkUpdateDialog {
+        id: linkDialog
     }
 }

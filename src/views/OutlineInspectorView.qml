@@ -9,11 +9,18 @@ Rectangle {
     id: root
 
     property alias model: outline
+    property alias backlinks: backlinks
 
     color: Theme.sidebarBackground
 
     OutlineModel {
         id: outline
+
+        store: WorkspaceStore
+    }
+
+    BacklinksModel {
+        id: backlinks
 
         store: WorkspaceStore
     }
@@ -162,6 +169,140 @@ Rectangle {
                             text: heading.headingText
                             font.pointSize: 12
                             color: Theme.primary
+                            elide: Text.ElideRight
+                            maximumLineCount: 1
+                            textFormat: Text.PlainText
+                        }
+                    }
+                }
+            }
+        }
+
+        Divider {
+            visible: outline.hasDocument
+        }
+
+        // The links elsewhere in the folder that lead here; a click opens one at its line.
+        ColumnLayout {
+            objectName: "backlinks"
+            Layout.fillWidth: true
+            Layout.fillHeight: false
+            Layout.leftMargin: 12
+            Layout.rightMargin: 12
+            Layout.topMargin: 10
+            visible: outline.hasDocument
+            spacing: 6
+
+            RowLayout {
+                Layout.fillWidth: true
+                spacing: 6
+
+                SymbolIcon {
+                    symbol: "link"
+                    size: 12
+                    color: Theme.primary
+                }
+                Label {
+                    Layout.fillWidth: true
+                    text: "Liens entrants"
+                    font.pointSize: 12
+                    font.bold: true
+                    color: Theme.primary
+                }
+                StatusBadgeView {
+                    objectName: "backlinkCount"
+                    count: backlinks.count
+                }
+            }
+            Label {
+                objectName: "noBacklinks"
+                visible: backlinks.count === 0
+                text: "Aucun lien entrant"
+                font.pointSize: Theme.caption
+                color: Theme.secondary
+            }
+            ListView {
+                id: backlinkList
+
+                objectName: "backlinkList"
+                Layout.fillWidth: true
+                Layout.preferredHeight: Math.min(contentHeight, root.height / 4)
+                visible: backlinks.count > 0
+                clip: true
+                spacing: 2
+                model: backlinks
+                activeFocusOnTab: true
+                keyNavigationEnabled: true
+                currentIndex: -1
+                boundsBehavior: Flickable.StopAtBounds
+                Accessible.role: Accessible.List
+                Accessible.name: "Liens entrants"
+                ScrollBar.vertical: ScrollBar {
+                }
+                Keys.onReturnPressed: backlinks.open(currentIndex)
+                Keys.onEnterPressed: backlinks.open(currentIndex)
+
+                delegate: ItemDelegate {
+                    id: backlink
+
+                    required property int index
+                    required property string name
+                    required property string folder
+                    required property int lineNumber
+                    required property string lineText
+
+                    width: ListView.view.width
+                    focusPolicy: Qt.NoFocus
+                    topPadding: 4
+                    bottomPadding: 4
+                    leftPadding: 6
+                    rightPadding: 6
+                    Accessible.role: Accessible.Button
+                    Accessible.name: name + ", ligne " + lineNumber + " : " + lineText
+                    Accessible.onPressAction: clicked()
+                    onClicked: {
+                        backlinkList.currentIndex = index;
+                        backlinks.open(index);
+                    }
+
+                    background: Rectangle {
+                        radius: 4
+                        color: Theme.withOpacity(Theme.secondary, backlink.hovered ? 0.12 : 0.06)
+                        border.width: backlink.ListView.isCurrentItem && backlinkList.activeFocus ? 1 : 0
+                        border.color: Theme.withOpacity(Theme.accent, 0.7)
+                    }
+                    contentItem: ColumnLayout {
+                        spacing: 1
+
+                        RowLayout {
+                            spacing: 4
+
+                            SymbolIcon {
+                                symbol: "doc.text"
+                                size: 11
+                                color: Theme.accent
+                            }
+                            Label {
+                                Layout.fillWidth: true
+                                text: backlink.name
+                                font.pointSize: 12
+                                font.weight: Font.Medium
+                                color: Theme.primary
+                                elide: Text.ElideMiddle
+                                textFormat: Text.PlainText
+                            }
+                            Label {
+                                text: "L" + backlink.lineNumber
+                                font.pointSize: 10
+                                font.family: Theme.monospace
+                                color: Theme.secondary
+                            }
+                        }
+                        Label {
+                            Layout.fillWidth: true
+                            text: backlink.lineText
+                            font.pointSize: 11
+                            color: Theme.secondary
                             elide: Text.ElideRight
                             maximumLineCount: 1
                             textFormat: Text.PlainText

@@ -48,7 +48,7 @@ ApplicationWindow {
                 text: "Nouveau fichier Markdown"
                 shortcut: "Ctrl+N"
                 enabled: WorkspaceStore.hasFolder
-                onTriggered: WorkspaceStore.createNewFile("untitled.md")
+                onTriggered: WorkspaceStore.createUntitledFile()
             }
             Action {
                 text: "Enregistrer"
@@ -180,6 +180,67 @@ ApplicationWindow {
             updateDialog.message = message;
             updateDialog.downloadUrl = downloadURL;
             updateDialog.open();
+        }
+    }
+
+    // Where no trash can take an item, it goes only once this is answered.
+    Dialog {
+        id: permanentDeletion
+
+        property url itemUrl
+        property string itemName
+
+        objectName: "permanentDeletionDialog"
+        parent: Overlay.overlay
+        anchors.centerIn: parent
+        width: 420
+        modal: true
+        padding: 20
+        closePolicy: Popup.CloseOnEscape
+        onOpened: keepButton.forceActiveFocus()
+
+        contentItem: Column {
+            spacing: 16
+
+            Label {
+                width: parent.width
+                text: "Supprimer définitivement « " + permanentDeletion.itemName + " » ?"
+                font.pointSize: Theme.headline
+                font.bold: true
+                color: Theme.primary
+                wrapMode: Text.Wrap
+            }
+            Row {
+                anchors.right: parent.right
+                spacing: 8
+
+                PwButton {
+                    id: keepButton
+
+                    objectName: "keepItemButton"
+                    text: "Annuler"
+                    onClicked: permanentDeletion.close()
+                }
+                PwButton {
+                    objectName: "deletePermanentlyButton"
+                    text: "Supprimer définitivement"
+                    palette.buttonText: Theme.red
+                    onClicked: {
+                        permanentDeletion.close();
+                        WorkspaceStore.deletePermanently(permanentDeletion.itemUrl);
+                    }
+                }
+            }
+        }
+    }
+
+    Connections {
+        target: WorkspaceStore
+
+        function onPermanentDeletionRequest(url, name) {
+            permanentDeletion.itemUrl = url;
+            permanentDeletion.itemName = name;
+            permanentDeletion.open();
         }
     }
 

@@ -27,7 +27,31 @@ Rectangle {
         Rectangle {
             Layout.fillWidth: true
             implicitHeight: header.implicitHeight + 16
-            color: Theme.windowBackground
+            color: topDrop.containsDrag && topDrop.accepting ? Theme.withOpacity(Theme.accent, 0.14) : Theme.windowBackground
+
+            // A row dropped on the folder's name goes to the top of the folder.
+            DropArea {
+                id: topDrop
+
+                property bool accepting: false
+
+                objectName: "topLevelDrop"
+                anchors.fill: parent
+                keys: ["application/x-pagewell-item"]
+                onEntered: drag => {
+                    accepting = WorkspaceStore.canMoveInto(drag.getDataAsString("application/x-pagewell-item"), WorkspaceStore.rootURL);
+                    drag.accepted = accepting;
+                }
+                onExited: accepting = false
+                onDropped: drop => {
+                    const source = drop.getDataAsString("application/x-pagewell-item");
+                    accepting = false;
+                    if (!WorkspaceStore.canMoveInto(source, WorkspaceStore.rootURL))
+                        return;
+                    drop.acceptProposedAction();
+                    folderTree.item.moveItem(source, WorkspaceStore.rootURL);
+                }
+            }
 
             RowLayout {
                 id: header
@@ -65,7 +89,7 @@ Rectangle {
                     objectName: "newFileButton"
                     symbol: "doc.badge.plus"
                     toolTipText: "Nouveau fichier Markdown"
-                    onClicked: WorkspaceStore.createNewFile("untitled.md")
+                    onClicked: WorkspaceStore.createUntitledFile()
                 }
             }
         }

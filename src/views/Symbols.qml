@@ -28,7 +28,12 @@ QtObject {
             "exclamationmark.triangle.fill": "exclamation-triangle-fill",
             "doc.badge.xmark": "file-earmark-x",
             "arrow.backward": "arrow-left",
-            "arrow.forward": "arrow-right"
+            "arrow.forward": "arrow-right",
+            "pencil": "pencil",
+            "folder.badge.arrow": "folder-symlink",
+            "arrow.uturn.backward": "arrow-counterclockwise",
+            "link": "link-45deg",
+            "xmark": "x-lg"
         })
 
     // The icon of `symbol`, or an empty source for a name the table does not know.

@@ -470,8 +470,9 @@ QList<WorkspaceStore::Backlink> WorkspaceStore::backlinks() const
     const QString path = m_document.path();
     if (path.isEmpty())
         return backlinks;
+    // One row per document, at its first link here.
     for (const auto &[from, link] : m_links.linksTo(path)) {
-        if (from != path)
+        if (from != path && (backlinks.isEmpty() || backlinks.last().path != from))
             backlinks.append({from, link.line, link.lineText});
     }
     return backlinks;

@@ -173,7 +173,8 @@ public:
     Q_INVOKABLE void dismissOperation();
     QString operationMessage() const { return m_operationMessage; }
 
-    // The links written elsewhere in the folder that lead to the open document.
+    // The documents of the folder whose links lead to the open one, each at the line of its
+    // first such link.
     struct Backlink
     {
         QString path;

@@ -64,6 +64,8 @@ export function createEditor(parent, { post }) {
   const theme = new Compartment();
   // The open folder, which the page is told of apart from the documents.
   const folderSetting = new Compartment();
+  // The path of the document shown, which a rename on the host changes in place.
+  const pathSetting = new Compartment();
   let folder = "";
   let themeName = "light";
   let view = null;
@@ -174,7 +176,7 @@ export function createEditor(parent, { post }) {
         extensions(),
         EditorState.lineSeparator.of(detectLineSeparator(split.text)),
         byteOrderMark.of(split.bom),
-        documentPath.of(path),
+        pathSetting.of(documentPath.of(path)),
       ],
     });
   }
@@ -299,6 +301,28 @@ export function createEditor(parent, { post }) {
     },
 
     // Back to where the open document was left, when it was shown before.
+    // The document's file was renamed or moved by the host: the same text, undo history and
+    // caret, under its new path.
+    setDocumentPath(path) {
+      if (!view) return;
+      const old = currentPath();
+      const next = String(path ?? "");
+      if (positions.has(old)) positions.set(next, positions.get(old));
+      view.dispatch({ effects: pathSetting.reconfigure(documentPath.of(next)) });
+    },
+
+    // The line `line` (from 0) at the top of the view, the caret at its start.
+    revealLine(line) {
+      if (!view) return;
+      const doc = view.state.doc;
+      const at = doc.line(Math.min(Math.max(0, Number(line) || 0) + 1, doc.lines)).from;
+      view.dispatch({
+        selection: EditorSelection.cursor(at),
+        effects: EditorView.scrollIntoView(at, { y: "start", yMargin: 24 }),
+      });
+      view.focus();
+    },
+
     restorePosition() {
       const left = view && positions.get(view.state.facet(documentPath));
       if (!left) return;

@@ -18,6 +18,8 @@ window.Pagewell = Object.freeze({
   restorePosition: () => editor.restorePosition(),
   setFolder: (path) => editor.setFolder(path),
   setLinkFacts: (facts, path) => editor.setLinkFacts(facts, path),
+  setDocumentPath: (path) => editor.setDocumentPath(path),
+  revealLine: (line) => editor.revealLine(line),
 });
 // Read-only access for tests and the developer tools.
 Object.defineProperty(window, "__pagewellEditor", { value: editor });
