@@ -204,7 +204,7 @@ ApplicationWindow {
 
             Label {
                 width: parent.width
-                text: "Supprimer définitivement « " + permanentDeletion.itemName + " » ?"
+                text: "Supprimer définitivement «\u00a0" + permanentDeletion.itemName + "\u00a0»\u00a0?"
                 font.pointSize: Theme.headline
                 font.bold: true
                 color: Theme.primary

@@ -13,6 +13,12 @@
 class TestWorkspace
 {
 public:
+    // What a test puts in the desktop's trash stays in the scratch folder, however it is run.
+    TestWorkspace()
+    {
+        qputenv("XDG_DATA_HOME", QFile::encodeName(m_scratch.filePath(QStringLiteral("xdg-data"))));
+    }
+
     std::unique_ptr<WorkspaceStore> makeStore()
     {
         ++m_made;

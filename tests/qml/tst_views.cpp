@@ -32,6 +32,14 @@ public:
     }
     Q_INVOKABLE bool exists(const QString &path) const { return QFileInfo::exists(path); }
     Q_INVOKABLE QUrl url(const QString &path) const { return QUrl::fromLocalFile(path); }
+    Q_INVOKABLE void write(const QString &path, const QString &text) const
+    {
+        writeFile(path, text.toUtf8());
+    }
+    Q_INVOKABLE QString read(const QString &path) const
+    {
+        return QString::fromUtf8(readFile(path));
+    }
 
 private:
     QTemporaryDir m_dir;
@@ -48,6 +56,7 @@ public:
         // The store reads its preferences when QML first uses it: from here, not the user's.
         qputenv("XDG_CONFIG_HOME", QFile::encodeName(m_config.path()));
         qputenv("XDG_STATE_HOME", QFile::encodeName(m_config.path()));
+        qputenv("XDG_DATA_HOME", QFile::encodeName(m_config.path()));
         // The editor pane holds the web engine; it must be set up before the application.
         QtWebEngineQuick::initialize();
     }

@@ -382,3 +382,36 @@ test("a table away from the caret is a grid; the caret reaching it shows its sou
     assert.equal(await page.evaluate(() => window.__pagewellEditor.view.state.doc.toString()), text);
   });
 });
+
+test("a document renamed on the host keeps its text and undo under the new path; revealLine shows a line", async () => {
+  const lines = Array.from({ length: 300 }, (_, i) => `Ligne ${i + 1} avec [un lien](b.md).`);
+  await withEditor(async ({ page, messages, clearMessages, text }) => {
+    await page.evaluate((t) => window.Pagewell.setContent(t, "/w/a.md"), lines.join("\n"));
+    await focusEnd(page);
+    await page.keyboard.type(" tapé");
+    // The links were rewritten on the host: one change, under the new path.
+    await page.evaluate(() => window.Pagewell.setDocumentPath("/w/archive/a.md"));
+    const rewritten = (await text()).replaceAll("(b.md)", "(../b.md)");
+    await page.evaluate((t) => window.Pagewell.replaceContent(t), rewritten);
+    await settle(page);
+    await clearMessages();
+    await page.click(".cm-content");
+    await page.keyboard.press("Control+z");
+    await settle(page);
+    const sent = (await messages()).filter((m) => m.type === "contentChanged").at(-1);
+    assert.equal(sent.path, "/w/archive/a.md");
+    assert.ok(sent.markdown.endsWith("[un lien](b.md). tapé"), "one undo takes the rewrite back, the typing stays");
+    await page.click("text=un lien", { modifiers: ["Control"] });
+    assert.equal((await messages()).filter((m) => m.type === "openLink").at(-1).path, "/w/archive/a.md");
+
+    await page.evaluate(() => window.Pagewell.revealLine(199));
+    await settle(page);
+    const where = await page.evaluate(() => {
+      const view = window.__pagewellEditor.view;
+      const line = view.state.doc.lineAt(view.state.selection.main.head);
+      return { line: line.number, top: view.coordsAtPos(line.from).top - view.scrollDOM.getBoundingClientRect().top };
+    });
+    assert.equal(where.line, 200);
+    assert.ok(where.top >= 0 && where.top < 80, `line at ${where.top}px from the top`);
+  });
+});
