@@ -5,14 +5,21 @@
 //   pagewell-bench search DIR QUERY [--engine bytes|unicode] [--repeat N] [--quiet]
 //       every hit as relativePath<TAB>lineNumber<TAB>lineContent, files in result order, then
 //       the hit and file counts (and the median time with --repeat)
+//   pagewell-bench links DIR [--repeat N]
+//       the link index of DIR: time to build it, its memory, then for the most linked document
+//       the time to find the documents linking to it, to plan its rename and to list its
+//       backlinks; then a rename whose links stand in 500 documents, written in a scratch copy
 #include "services/FileSystemService.h"
 #include "services/LinkResolver.h"
 #include "services/SearchService.h"
+#include "workspace/FolderOperations.h"
+#include "workspace/LinkIndex.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QStringEncoder>
+#include <QTemporaryDir>
 #include <QTextStream>
 #include <QUrl>
 
@@ -135,6 +142,102 @@ int link(const QString &dir, const QString &target, int repeat)
     return 0;
 }
 
+double median(std::vector<double> times)
+{
+    std::sort(times.begin(), times.end());
+    return times[times.size() / 2];
+}
+
+template<typename Work> double timeMs(Work work)
+{
+    QElapsedTimer timer;
+    timer.start();
+    work();
+    return double(timer.nsecsElapsed()) / 1e6;
+}
+
+// The resident memory of this process, in MiB.
+double residentMiB()
+{
+    QFile statm(QStringLiteral("/proc/self/statm"));
+    if (!statm.open(QIODevice::ReadOnly))
+        return 0;
+    const QList<QByteArray> fields = statm.readAll().split(' ');
+    return fields.size() > 1 ? fields[1].toDouble() * 4096 / (1024 * 1024) : 0;
+}
+
+int links(const QString &dir, int repeat)
+{
+    const FileSystemService service;
+    const FileItem root = service.scanDirectory(QUrl::fromLocalFile(QDir(dir).absolutePath()));
+    std::vector<double> builds;
+    std::shared_ptr<const LinkIndex::Snapshot> snapshot;
+    const double before = residentMiB();
+    const std::atomic_bool replaced = false;
+    for (int i = 0; i < repeat; ++i) {
+        snapshot.reset();
+        builds.push_back(timeMs(
+            [&] { snapshot = LinkIndex::build(root, LinkIndex::Snapshot(), {}, true, replaced); }));
+    }
+    const double memory = residentMiB() - before;
+    qsizetype linkCount = 0;
+    for (const QList<LinkIndex::Link> &list : snapshot->written)
+        linkCount += list.size();
+    QString target;
+    for (auto it = snapshot->incoming.cbegin(); it != snapshot->incoming.cend(); ++it) {
+        if (QFileInfo(it.key()).isFile() && it.key().endsWith(u".md")
+            && (target.isEmpty() || it->size() > snapshot->incoming.value(target).size()))
+            target = it.key();
+    }
+
+    LinkIndex index;
+    index.update(root);
+    index.waitUntilCurrent();
+    std::vector<double> finds, plans, backlinks;
+    QStringList linking;
+    FolderOperations::Plan plan;
+    const LinkRewriter::Move move {target, target.section(u'/', 0, -2) + u"/renamed.md", false};
+    for (int i = 0; i < repeat; ++i) {
+        finds.push_back(timeMs([&] { linking = index.documentsLinkingTo(target); }));
+        backlinks.push_back(timeMs([&] { (void)index.linksTo(target); }));
+        plans.push_back(timeMs([&] { plan = FolderOperations::plan(root, move, linking, true); }));
+    }
+
+    // 500 documents linking to one, renamed for real in a scratch folder.
+    QTemporaryDir scratch;
+    QDir().mkpath(scratch.filePath(QStringLiteral("docs/notes")));
+    QFile(scratch.filePath(QStringLiteral("docs/cible.md"))).open(QIODevice::WriteOnly);
+    for (int i = 0; i < 500; ++i) {
+        QFile file(scratch.filePath(QStringLiteral("docs/notes/n%1.md").arg(i)));
+        file.open(QIODevice::WriteOnly);
+        file.write("# Note\n\n" + QByteArray(2000, 'x')
+                   + "\n\nVoir [la cible](../cible.md) et [[cible]].\n");
+    }
+    const FileItem small
+        = service.scanDirectory(QUrl::fromLocalFile(scratch.filePath(QStringLiteral("docs"))));
+    LinkIndex smallIndex;
+    smallIndex.update(small);
+    smallIndex.waitUntilCurrent();
+    const QString cible = scratch.filePath(QStringLiteral("docs/cible.md"));
+    int written = 0;
+    const double rename = timeMs([&] {
+        const FolderOperations::Plan renamePlan = FolderOperations::plan(
+            small, {cible, scratch.filePath(QStringLiteral("docs/but.md")), false},
+            smallIndex.documentsLinkingTo(cible), true);
+        const auto done = FolderOperations::perform(renamePlan);
+        written = int(std::get<FolderOperations::Done>(done).written.size());
+    });
+
+    QTextStream(stdout) << "documents\t" << snapshot->written.size() << "\nlinks\t" << linkCount
+                        << "\nbuild_ms\t" << median(builds) << "\nmemory_mib\t" << memory
+                        << "\ntarget\t" << target << "\nlinking_documents\t" << linking.size()
+                        << "\nplanned_links\t" << plan.links() << "\nfind_ms\t" << median(finds)
+                        << "\nbacklinks_ms\t" << median(backlinks) << "\nplan_ms\t" << median(plans)
+                        << "\nrename500_written\t" << written << "\nrename500_ms\t" << rename
+                        << '\n';
+    return 0;
+}
+
 int intOption(const QStringList &args, const QString &name, int fallback)
 {
     const qsizetype at = args.indexOf(name);
@@ -158,10 +261,13 @@ int main(int argc, char *argv[])
                       unicode ? SearchService::Engine::Unicode : SearchService::Engine::Bytes,
                       repeat, args.contains(QStringLiteral("--quiet")));
     }
+    if (args.size() >= 3 && args.at(1) == u"links")
+        return links(args.at(2), repeat);
     if (args.size() >= 4 && args.at(1) == u"link")
         return link(args.at(2), args.at(3), repeat);
     err << "usage: pagewell-bench scan DIR [--repeat N]\n"
            "       pagewell-bench link DIR TARGET [--repeat N]\n"
+           "       pagewell-bench links DIR [--repeat N]\n"
            "       pagewell-bench search DIR QUERY [--engine bytes|unicode] [--repeat N] "
            "[--quiet]\n";
     return 2;

@@ -3,6 +3,8 @@
 #include <QList>
 #include <QStringView>
 
+#include <functional>
+
 // Where a Markdown text points: the destination of every link, reference definition, wiki link
 // and picture, by its place in the text, so that it can be read or rewritten without touching
 // any other byte. Nothing inside code is a link: fenced and indented code blocks and inline code
@@ -28,6 +30,11 @@ struct Span
 };
 
 QList<Span> scan(QStringView text);
+// The same reading over UTF-8 bytes, for a whole folder's worth of documents: only lines that may
+// hold a link are decoded; `found` gets each such line with its spans (offsets in that line).
+void scanUtf8(
+    QByteArrayView text,
+    const std::function<void(int line, QStringView lineText, const QList<Span> &spans)> &found);
 
 // The line of the text holding `position`, without its line ending.
 QStringView lineAt(QStringView text, qsizetype position);

@@ -1,17 +1,25 @@
 #include "LinkIndex.h"
 
 #include "model/FileKind.h"
+#include "services/FileReader.h"
 #include "services/LinkResolver.h"
-#include "services/WorkerPool.h"
 
 #include <QFile>
+#include <QThread>
+#include <QThreadPool>
 #include <QtConcurrent/QtConcurrentMap>
 
 #include <algorithm>
 
 namespace {
 
-Q_GLOBAL_STATIC(WorkerPool, indexPool)
+// Every core: the thread that hands the work over only waits for it.
+class IndexPool : public QThreadPool
+{
+public:
+    IndexPool() { setMaxThreadCount(std::max(2, QThread::idealThreadCount())); }
+};
+Q_GLOBAL_STATIC(IndexPool, indexPool)
 
 void collectDocuments(const FileItem &folder, QStringList &out)
 {
@@ -23,20 +31,31 @@ void collectDocuments(const FileItem &folder, QStringList &out)
     }
 }
 
-QList<LinkIndex::Link> readLinks(const QString &path)
+QList<LinkIndex::Link> readLinks(const QString &path, FileReader &reader)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    const std::optional<std::string_view> read = reader.read(path);
+    if (!read)
         return {};
-    const QString text = QString::fromUtf8(file.readAll());
+    const QByteArrayView bytes(read->data(), qsizetype(read->size()));
     QList<LinkIndex::Link> links;
-    const QList<MarkdownLinks::Span> spans = MarkdownLinks::scan(text);
-    links.reserve(spans.size());
-    for (const MarkdownLinks::Span &span : spans) {
-        links.append({text.mid(span.start, span.length),
-                      MarkdownLinks::lineAt(text, span.start).trimmed().left(300).toString(),
-                      span.form, span.picture, span.line});
-    }
+    qint64 lineStart = 0;
+    int lineNumber = 0;
+    MarkdownLinks::scanUtf8(
+        bytes, [&](int line, QStringView text, const QList<MarkdownLinks::Span> &spans) {
+            // Lines are found in order: the start of this one follows from the last one found.
+            for (; lineNumber < line; ++lineNumber)
+                lineStart = bytes.indexOf('\n', lineStart) + 1;
+            for (const MarkdownLinks::Span &span : spans) {
+                const QStringView target = text.mid(span.start, span.length);
+                if (target.startsWith(u'#'))
+                    continue;
+                QString written = target.toString();
+                // An address has a scheme: most targets have no ':' and need no closer look.
+                if (target.contains(u':') && LinkResolver::isWebAddress(written))
+                    continue;
+                links.append({std::move(written), lineStart, span.form, span.picture, line});
+            }
+        });
     return links;
 }
 
@@ -126,44 +145,63 @@ LinkIndex::build(const FileItem &root, const Snapshot &previous, const QSet<QStr
     auto snapshot = std::make_shared<Snapshot>();
     QStringList documents;
     collectDocuments(root, documents);
-    QStringList toRead;
-    for (const QString &path : std::as_const(documents)) {
-        const auto known = previous.written.constFind(path);
-        if (readAll || known == previous.written.cend() || reread.contains(path))
-            toRead.append(path);
-        else
-            snapshot->written.insert(path, *known);
-    }
-    // Read in parallel, in chunks of documents, as a search pass does.
+    // Each chunk of documents is read (when it must be) and its links resolved on one thread;
+    // documents of a chunk mostly share a folder, and a link written alike there leads alike.
     constexpr qsizetype chunk = 64;
-    QList<std::pair<qsizetype, qsizetype>> ranges;
-    for (qsizetype i = 0; i < toRead.size(); i += chunk)
-        ranges.append({i, std::min(toRead.size(), i + chunk)});
-    QList<QList<QList<Link>>> read(ranges.size());
-    QtConcurrent::blockingMap(indexPool(), ranges,
-                              [&](const std::pair<qsizetype, qsizetype> &range) {
-                                  if (replaced)
-                                      return;
-                                  QList<QList<Link>> &out = read[(range.first) / chunk];
-                                  out.reserve(range.second - range.first);
-                                  for (qsizetype i = range.first; i < range.second; ++i)
-                                      out.append(readLinks(toRead[i]));
-                              });
+    struct Chunk
+    {
+        qsizetype first;
+        qsizetype last;
+        QList<QList<Link>> links;
+        QList<std::pair<QString, Incoming>> incoming;
+    };
+    QList<Chunk> chunks;
+    for (qsizetype i = 0; i < documents.size(); i += chunk)
+        chunks.append({i, std::min(documents.size(), i + chunk), {}, {}});
+    const LinkResolver::NameIndex names(root);
+    QtConcurrent::blockingMap(indexPool(), chunks, [&](Chunk &part) {
+        if (replaced)
+            return;
+        QHash<QString, std::optional<QString>> resolved;
+        FileReader reader;
+        part.links.reserve(part.last - part.first);
+        for (qsizetype i = part.first; i < part.last; ++i) {
+            const QString &path = documents[i];
+            const auto known = previous.written.constFind(path);
+            part.links.append(readAll || known == previous.written.cend() || reread.contains(path)
+                                  ? readLinks(path, reader)
+                                  : *known);
+            const QString folder = path.section(u'/', 0, -2);
+            const QList<Link> &links = part.links.last();
+            for (qsizetype l = 0; l < links.size(); ++l) {
+                const Link &link = links[l];
+                const QString key
+                    = folder + QChar(u'0' + int(link.form) * 2 + link.picture) + link.target;
+                auto found = resolved.find(key);
+                if (found == resolved.end())
+                    found = resolved.insert(key,
+                                            LinkResolver::resolveSpan(link.target, link.form,
+                                                                      link.picture, path, root,
+                                                                      &names));
+                if (*found)
+                    part.incoming.append({**found, {path, l}});
+            }
+        }
+    });
     if (replaced)
         return snapshot;
-    for (qsizetype r = 0; r < ranges.size(); ++r) {
-        for (qsizetype i = ranges[r].first; i < ranges[r].second; ++i)
-            snapshot->written.insert(toRead[i], read[r][i - ranges[r].first]);
-    }
-
-    const LinkResolver::NameIndex names(root);
-    for (auto it = snapshot->written.cbegin(); it != snapshot->written.cend(); ++it) {
-        for (qsizetype i = 0; i < it->size(); ++i) {
-            const Link &link = it->at(i);
-            if (const std::optional<QString> target = LinkResolver::resolveSpan(
-                    link.target, link.form, link.picture, it.key(), root, &names))
-                snapshot->incoming[*target].append({it.key(), i});
+    // Targets written alike share one string: a folder's documents often link to the same few.
+    QSet<QString> targets;
+    snapshot->written.reserve(documents.size());
+    for (Chunk &part : chunks) {
+        for (qsizetype i = part.first; i < part.last; ++i) {
+            QList<Link> &links = part.links[i - part.first];
+            for (Link &link : links)
+                link.target = *targets.insert(link.target);
+            snapshot->written.insert(documents[i], std::move(links));
         }
+        for (auto &[target, incoming] : part.incoming)
+            snapshot->incoming[target].append(std::move(incoming));
     }
     return snapshot;
 }
@@ -186,6 +224,14 @@ QList<std::pair<QString, LinkIndex::Link>> LinkIndex::linksTo(const QString &pat
         return a.first != b.first ? a.first < b.first : a.second.line < b.second.line;
     });
     return links;
+}
+
+QString LinkIndex::lineText(const QString &path, const Link &link)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly) || !file.seek(link.lineStart))
+        return {};
+    return QString::fromUtf8(file.readLine(4096)).trimmed();
 }
 
 QStringList LinkIndex::documentsLinkingTo(const QString &path) const

@@ -22,10 +22,11 @@ class LinkIndex : public QObject
     Q_OBJECT
 
 public:
+    // A link that may lead into the folder (addresses and "#heading" alone are left out).
     struct Link
     {
         QString target; // as written
-        QString lineText; // the line holding it, trimmed
+        qint64 lineStart; // the byte where its line starts in the file
         MarkdownLinks::Form form;
         bool picture;
         int line; // from 0
@@ -63,6 +64,8 @@ public:
     QStringList documentsLinkingTo(const QString &path) const;
     // The links written in the document at `path`, as last read.
     QList<Link> linksFrom(const QString &path) const { return m_snapshot->written.value(path); }
+    // The text of the line holding `link` in the document at `path`, trimmed.
+    static QString lineText(const QString &path, const Link &link);
 
     // The work of a build, here and now: for the benchmark and the tests.
     static std::shared_ptr<const Snapshot> build(const FileItem &root, const Snapshot &previous,

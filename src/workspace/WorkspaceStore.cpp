@@ -473,7 +473,7 @@ QList<WorkspaceStore::Backlink> WorkspaceStore::backlinks() const
     // One row per document, at its first link here.
     for (const auto &[from, link] : m_links.linksTo(path)) {
         if (from != path && (backlinks.isEmpty() || backlinks.last().path != from))
-            backlinks.append({from, link.line, link.lineText});
+            backlinks.append({from, link.line, LinkIndex::lineText(from, link)});
     }
     return backlinks;
 }
