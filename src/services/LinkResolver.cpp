@@ -108,6 +108,33 @@ std::optional<QString> writtenPath(QString written, QString *fragment = nullptr)
     return QUrl::fromPercentEncoding(path.toUtf8());
 }
 
+// The entry a decoded path names from the document at `fromPath`, when `accepts` takes it: the
+// path as it is, else a document with a Markdown extension added. An absolute path is looked for
+// inside the folder, else from the folder's root.
+template<typename Accepts>
+std::optional<QString> entryAt(const QString &path, const QString &fromPath, const FileItem &root,
+                               const Accepts &accepts)
+{
+    QStringList candidates;
+    if (path.startsWith(u'/')) {
+        candidates.append(QDir::cleanPath(path));
+        candidates.append(QDir::cleanPath(root.id() + path));
+    } else {
+        candidates.append(QDir::cleanPath(fromPath.section(u'/', 0, -2) + u'/' + path));
+    }
+    for (const QString &candidate : std::as_const(candidates)) {
+        const FileItem *entry = candidate == root.id() ? nullptr : root.descendant(candidate);
+        if (entry && accepts(entry))
+            return candidate;
+        for (const QStringView extension : FileKind::markdownExtensions) {
+            const QString file = candidate + u'.' + extension;
+            if (isDocument(root.descendant(file)))
+                return file;
+        }
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 NameIndex::NameIndex(const FileItem &root)
@@ -172,23 +199,7 @@ std::optional<QString> resolveSpan(const QString &written, MarkdownLinks::Form f
     const std::optional<QString> path = writtenPath(written.trimmed());
     if (!path || path->isEmpty())
         return std::nullopt;
-    QStringList candidates;
-    if (path->startsWith(u'/')) {
-        candidates.append(QDir::cleanPath(*path));
-        candidates.append(QDir::cleanPath(root.id() + *path));
-    } else {
-        candidates.append(QDir::cleanPath(fromPath.section(u'/', 0, -2) + u'/' + *path));
-    }
-    for (const QString &candidate : std::as_const(candidates)) {
-        if (candidate != root.id() && root.descendant(candidate))
-            return candidate;
-        for (const QStringView extension : FileKind::markdownExtensions) {
-            const QString file = candidate + u'.' + extension;
-            if (isDocument(root.descendant(file)))
-                return file;
-        }
-    }
-    return std::nullopt;
+    return entryAt(*path, fromPath, root, [](const FileItem *) { return true; });
 }
 
 std::optional<Target> resolve(const QString &target, const QString &fromPath, const FileItem &root,
@@ -204,24 +215,8 @@ std::optional<Target> resolve(const QString &target, const QString &fromPath, co
     if (path->isEmpty())
         return Target {fromPath, fragment};
 
-    QStringList candidates;
-    if (path->startsWith(u'/')) {
-        // An absolute path inside the folder, else a path from the folder's root.
-        candidates.append(QDir::cleanPath(*path));
-        candidates.append(QDir::cleanPath(root.id() + *path));
-    } else {
-        candidates.append(QDir::cleanPath(fromPath.section(u'/', 0, -2) + u'/' + *path));
-    }
-    for (const QString &candidate : std::as_const(candidates)) {
-        if (isDocument(root.descendant(candidate)))
-            return Target {candidate, fragment};
-        for (const QStringView extension : FileKind::markdownExtensions) {
-            const QString file = candidate + u'.' + extension;
-            if (isDocument(root.descendant(file)))
-                return Target {file, fragment};
-        }
-    }
-    return std::nullopt;
+    const std::optional<QString> file = entryAt(*path, fromPath, root, isDocument);
+    return file ? std::optional(Target {*file, fragment}) : std::nullopt;
 }
 
 std::optional<QString> resolvePicture(const QString &source, const QString &fromPath,

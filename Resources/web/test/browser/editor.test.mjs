@@ -24,6 +24,15 @@ async function withEditor(run, options) {
 const types = (messages) => messages.map((m) => m.type);
 const lastContent = (messages) => messages.filter((m) => m.type === "contentChanged").at(-1)?.markdown;
 
+// The caret's line number and how far its line stands below the top of the view, in pixels.
+function caretLine(page) {
+  return page.evaluate(() => {
+    const view = window.__pagewellEditor.view;
+    const line = view.state.doc.lineAt(view.state.selection.main.head);
+    return { line: line.number, top: view.coordsAtPos(line.from).top - view.scrollDOM.getBoundingClientRect().top };
+  });
+}
+
 async function focusEnd(page) {
   await page.click(".cm-content");
   await page.keyboard.press("Control+End");
@@ -224,11 +233,7 @@ test("scrollToHeading puts the heading at the top with the caret on it", async (
     const outline = (await messages()).filter((m) => m.type === "headingsUpdated").at(-1).headings;
     await page.evaluate((id) => (window.Pagewell.scrollToHeading(id), window.Pagewell.scrollToHeading("absent")), outline[2].id);
     await settle(page);
-    const where = await page.evaluate(() => {
-      const view = window.__pagewellEditor.view;
-      const line = view.state.doc.lineAt(view.state.selection.main.head);
-      return { line: line.number, top: view.coordsAtPos(line.from).top - view.scrollDOM.getBoundingClientRect().top };
-    });
+    const where = await caretLine(page);
     assert.equal(where.line, 300);
     assert.ok(where.top >= 0 && where.top < 80, `heading at ${where.top}px from the top`);
   });
@@ -406,11 +411,7 @@ test("a document renamed on the host keeps its text and undo under the new path;
 
     await page.evaluate(() => window.Pagewell.revealLine(199));
     await settle(page);
-    const where = await page.evaluate(() => {
-      const view = window.__pagewellEditor.view;
-      const line = view.state.doc.lineAt(view.state.selection.main.head);
-      return { line: line.number, top: view.coordsAtPos(line.from).top - view.scrollDOM.getBoundingClientRect().top };
-    });
+    const where = await caretLine(page);
     assert.equal(where.line, 200);
     assert.ok(where.top >= 0 && where.top < 80, `line at ${where.top}px from the top`);
   });
