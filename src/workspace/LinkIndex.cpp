@@ -76,6 +76,7 @@ void LinkIndex::update(const std::optional<FileItem> &root, const QSet<QString> 
     if (otherFolder) {
         m_readAll = true;
         m_run.supersede();
+        m_reading.clear();
     }
     m_root = root;
     m_rootChanged = true;
@@ -84,6 +85,7 @@ void LinkIndex::update(const std::optional<FileItem> &root, const QSet<QString> 
         m_run.supersede();
         m_snapshot = std::make_shared<const Snapshot>();
         m_pending.clear();
+        m_reading.clear();
         m_rootChanged = false;
         Q_EMIT this->changed();
         return;
@@ -103,10 +105,13 @@ void LinkIndex::waitUntilCurrent()
 {
     if (!m_root || isCurrent())
         return;
+    // The run under way is replaced: what it was to read is read here.
     m_run.supersede();
+    m_pending.unite(std::exchange(m_reading, {}));
     const std::atomic_bool replaced = false;
-    m_snapshot = build(*m_root, *m_snapshot, std::exchange(m_pending, {}),
-                       std::exchange(m_readAll, false), replaced);
+    m_snapshot
+        = build(*m_root, *m_snapshot, std::exchange(m_pending, {}),
+                std::exchange(m_readAll, false) || std::exchange(m_readingAll, false), replaced);
     m_rootChanged = false;
     Q_EMIT changed();
 }
@@ -125,12 +130,16 @@ void LinkIndex::start()
 {
     if (!m_root || (m_pending.isEmpty() && !m_rootChanged && !m_readAll))
         return;
+    m_reading = std::exchange(m_pending, {});
+    m_readingAll = std::exchange(m_readAll, false);
     m_run.start(
-        [root = *m_root, previous = m_snapshot, reread = std::exchange(m_pending, {}),
-         readAll = std::exchange(m_readAll, false)](const std::atomic_bool &replaced) {
+        [root = *m_root, previous = m_snapshot, reread = m_reading,
+         readAll = m_readingAll](const std::atomic_bool &replaced) {
             return build(root, *previous, reread, readAll, replaced);
         },
         [this](const std::shared_ptr<const Snapshot> &snapshot) {
+            m_reading.clear();
+            m_readingAll = false;
             m_snapshot = snapshot;
             Q_EMIT changed();
             start();

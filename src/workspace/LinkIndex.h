@@ -83,6 +83,9 @@ private:
     bool m_rootChanged = false;
     bool m_readAll = true;
     QSet<QString> m_pending;
+    // What the run under way reads again.
+    QSet<QString> m_reading;
+    bool m_readingAll = false;
     std::shared_ptr<const Snapshot> m_snapshot;
     LatestRun<std::shared_ptr<const Snapshot>> m_run {this};
 };

@@ -71,6 +71,10 @@ QVariant WorkspaceStore::currentDocumentValue() const
 
 void WorkspaceStore::openFolder(const QUrl &url, const QUrl &preferredFileURL)
 {
+    // What "Annuler" would take back belongs to the folder left.
+    if (!m_operationMessage.isEmpty())
+        dismissOperation();
+    m_pendingMove.reset();
     m_tree.setRoot(url);
     m_history.clear();
     Q_EMIT historyChanged();
