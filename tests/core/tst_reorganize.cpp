@@ -3,6 +3,7 @@
 
 #include "TestFiles.h"
 #include "TestWorkspace.h"
+#include "services/DesktopTrash.h"
 #include "services/FileSystemService.h"
 #include "services/MarkdownLinks.h"
 #include "workspace/FolderOperations.h"
@@ -108,6 +109,95 @@ private Q_SLOTS:
         for (const MarkdownLinks::Span &span : MarkdownLinks::scan(text))
             targets.append(text.mid(span.start, span.length));
         QCOMPARE(targets, (QStringList {u"a.md"_s, u"c.md"_s, u"d.md"_s, u"g.md"_s}));
+    }
+
+    // The folder's reading of bytes finds the same links on the same lines as the reading of
+    // text, for every document of the shared table and a few harder lines.
+    void bytesAndTextReadAlike()
+    {
+        QFile file(QStringLiteral(PAGEWELL_SHARED_TEST_DATA "/rewrites.json"));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QStringList texts {u"\uFEFF[a](b.md)\r\n  ```\r\n[c](d.md)\r\n  ```\r\n<IMG SRC='x.png'> "
+                           "[[é|à]] `[[no]]` [e](f (1).md) [^n]: [g](h.md)\n"_s};
+        for (const QJsonValue entry :
+             QJsonDocument::fromJson(file.readAll())[u"cases"_s].toArray()) {
+            for (const QJsonValue text : entry[u"files"_s].toObject())
+                texts.append(text.toString());
+        }
+        qsizetype total = 0;
+        for (const QString &text : std::as_const(texts)) {
+            QStringList fromText;
+            for (const MarkdownLinks::Span &span : MarkdownLinks::scan(text))
+                fromText.append(QString::number(span.line) + u' '
+                                + text.mid(span.start, span.length));
+            QStringList fromBytes;
+            MarkdownLinks::scanUtf8(
+                text.toUtf8(),
+                [&](int line, QStringView lineText, const QList<MarkdownLinks::Span> &spans) {
+                    for (const MarkdownLinks::Span &span : spans)
+                        fromBytes.append(QString::number(line) + u' '
+                                         + lineText.mid(span.start, span.length).toString());
+                });
+            QCOMPARE(fromBytes, fromText);
+            total += fromText.size();
+        }
+        QVERIFY(total > 40);
+    }
+
+    // The index follows saves and the tree: a link written and saved appears, a new document
+    // nearer to the linking one takes its wiki link, and a folder is led to through what it holds.
+    void indexFollowsTheFolder()
+    {
+        const QString folder = m_workspace.folder({u"a/note.md"_s, u"b/x.md"_s});
+        writeFile(folder + u"/b/lien.md", "[[note]] [n](../a/note.md)\n");
+        FileSystemService service;
+        LinkIndex index;
+        QSignalSpy changed(&index, &LinkIndex::changed);
+        index.update(service.scanDirectory(QUrl::fromLocalFile(folder)));
+        QVERIFY(changed.wait());
+        QCOMPARE(index.documentsLinkingTo(folder + u"/a/note.md"),
+                 QStringList {folder + u"/b/lien.md"});
+        QCOMPARE(index.linksTo(folder + u"/a/note.md").size(), 2);
+        QCOMPARE(index.linksTo(folder + u"/a").size(), 2);
+        QVERIFY(index.linksTo(folder + u"/b/x.md").isEmpty());
+
+        writeFile(folder + u"/b/x.md", "[[lien]]\n");
+        index.documentSaved(folder + u"/b/x.md");
+        QVERIFY(changed.wait());
+        QCOMPARE(index.documentsLinkingTo(folder + u"/b/lien.md"),
+                 QStringList {folder + u"/b/x.md"});
+
+        writeFile(folder + u"/b/note.md", "# nearer\n");
+        index.update(service.scanDirectory(QUrl::fromLocalFile(folder)));
+        index.waitUntilCurrent();
+        QVERIFY(index.isCurrent());
+        QCOMPARE(index.linksTo(folder + u"/b/note.md").size(), 1);
+        QCOMPARE(index.linksTo(folder + u"/a/note.md").size(), 1);
+        const LinkIndex::Link link = index.linksTo(folder + u"/b/note.md").first().second;
+        QCOMPARE(LinkIndex::lineText(folder + u"/b/lien.md", link),
+                 u"[[note]] [n](../a/note.md)"_s);
+    }
+
+    // The trash never puts one item over another, and gives back only a free place.
+    void trashKeepsEveryItem()
+    {
+        const QString folder = m_workspace.folder({u"b.md"_s});
+        const std::optional<DesktopTrash::Entry> first = DesktopTrash::put(folder + u"/b.md");
+        QVERIFY(first);
+        writeFile(folder + u"/b.md", "second");
+        const std::optional<DesktopTrash::Entry> second = DesktopTrash::put(folder + u"/b.md");
+        QVERIFY(second);
+        QVERIFY(second->file != first->file);
+        QCOMPARE(readFile(first->file), "# b.md\n");
+        QCOMPARE(readFile(second->file), "second");
+        writeFile(folder + u"/b.md", "third");
+        QVERIFY(!DesktopTrash::restore(*first));
+        QCOMPARE(readFile(folder + u"/b.md"), "third");
+        QVERIFY(QFile::remove(folder + u"/b.md"));
+        QVERIFY(DesktopTrash::restore(*second));
+        QCOMPARE(readFile(folder + u"/b.md"), "second");
+        QVERIFY(!QFileInfo::exists(second->info));
+        QVERIFY(QFileInfo::exists(first->info));
     }
 
     // The open document with unsaved edits: its page text is rewritten as one change and keeps
