@@ -171,7 +171,9 @@ LinkIndex::build(const FileItem &root, const Snapshot &previous, const QSet<QStr
     QtConcurrent::blockingMap(indexPool(), chunks, [&](Chunk &part) {
         if (replaced)
             return;
-        QHash<QString, std::optional<QString>> resolved;
+        // Where each target leads from the folder of the documents at hand.
+        QHash<QString, std::pair<int, std::optional<QString>>> resolved;
+        QString resolvedFolder;
         FileReader reader;
         part.links.reserve(part.last - part.first);
         for (qsizetype i = part.first; i < part.last; ++i) {
@@ -180,20 +182,24 @@ LinkIndex::build(const FileItem &root, const Snapshot &previous, const QSet<QStr
             part.links.append(readAll || known == previous.written.cend() || reread.contains(path)
                                   ? readLinks(path, reader)
                                   : *known);
-            const QString folder = path.section(u'/', 0, -2);
+            const QStringView folder = QStringView(path).left(path.lastIndexOf(u'/'));
+            if (folder != resolvedFolder) {
+                resolved.clear();
+                resolvedFolder = folder.toString();
+            }
             const QList<Link> &links = part.links.last();
             for (qsizetype l = 0; l < links.size(); ++l) {
                 const Link &link = links[l];
-                const QString key
-                    = folder + QChar(u'0' + int(link.form) * 2 + link.picture) + link.target;
-                auto found = resolved.find(key);
-                if (found == resolved.end())
-                    found = resolved.insert(key,
-                                            LinkResolver::resolveSpan(link.target, link.form,
-                                                                      link.picture, path, root,
-                                                                      &names));
-                if (*found)
-                    part.incoming.append({**found, {path, l}});
+                const int kind = int(link.form) * 2 + link.picture;
+                auto found = resolved.find(link.target);
+                if (found == resolved.end() || found->first != kind)
+                    found = resolved.insert(
+                        link.target,
+                        {kind,
+                         LinkResolver::resolveSpan(link.target, link.form, link.picture, path, root,
+                                                   &names)});
+                if (found->second)
+                    part.incoming.append({*found->second, {path, l}});
             }
         }
     });
