@@ -279,6 +279,11 @@ QVariantMap WorkspaceStore::prepareMove(const QUrl &url, const QUrl &folder)
             path.section(u'/', -1));
     else
         refusal = FolderOperations::refusal(path, to).value_or(QString());
+    // A drop or a choice in a list has no field to say it under: the alert does.
+    if (!refusal.isEmpty()) {
+        setAlertMessage(refusal);
+        setShowAlert(true);
+    }
     return prepare(path, to, QFileInfo(path).isDir(), refusal);
 }
 

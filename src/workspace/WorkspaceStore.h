@@ -37,8 +37,12 @@
 // instead when it has; a save never writes over a file changed since it was read. Unsaved edits
 // are kept as recovery drafts, offered again when the document is opened next.
 //
+// Items of the folder are renamed and moved with the links that lead to them, deleted into the
+// desktop's trash, and the last of these can be taken back.
+//
 // The store is a front: each job is done in a room of its own (the session, the folder tree,
-// the open document, its drafts, the history, the search), and the store publishes their state
+// the open document, its drafts, the history, the search, the link index, the operations on
+// items), and the store publishes their state
 // under one set of properties and signals and runs the operations that touch several of them.
 class WorkspaceStore : public QObject
 {
@@ -162,7 +166,7 @@ public:
     Q_INVOKABLE bool canMoveInto(const QUrl &url, const QUrl &folder) const;
     // Prepares renaming the item at `url` to `name`, or moving it into `folder`, and says what
     // that changes: {refusal, links, documents (paths from the open folder), question}. Nothing
-    // happens until applyPendingMove().
+    // happens until applyPendingMove(). A move refused is also said by the alert.
     Q_INVOKABLE QVariantMap prepareRename(const QUrl &url, const QString &name);
     Q_INVOKABLE QVariantMap prepareMove(const QUrl &url, const QUrl &folder);
     // Renames or moves as prepared, with the links that lead to it rewritten or not.

@@ -307,6 +307,8 @@ private Q_SLOTS:
         QVERIFY(!store->prepareMove(doc, QUrl::fromLocalFile(folder + u"/doc/sous"))[u"refusal"_s]
                      .toString()
                      .isEmpty());
+        QVERIFY(store->showAlert());
+        store->setShowAlert(false);
 
         store->prepareMove(guide, doc);
         store->applyPendingMove(false);

@@ -40,7 +40,6 @@ TestCase {
         WorkspaceStore.createUntitledFile();
         verify(fixture.exists(root + "/untitled 2.md"));
         compare(fixture.read(root + "/untitled.md"), "# untitled.md\n");
-
         tree.showNewFileSheet(fixture.url(root));
         tryVerify(() => tree.newFileSheet.opened);
         tree.newFileName = "untitled";
@@ -102,7 +101,6 @@ TestCase {
         compare(dialog.choices.count, 1);
         compare(dialog.choices.urlAt(0), fixture.url(root + "/c"));
         dialog.close();
-
         dialog.show(fixture.url(root + "/doc.md"));
         tryVerify(() => dialog.opened);
         compare(dialog.choices.count, 3); // a, a/b, c
@@ -126,7 +124,6 @@ TestCase {
         // A click opens the document holding the link.
         mouseClick(list.itemAtIndex(0));
         tryCompare(WorkspaceStore, "selectedFileURL", fixture.url(root + "/a.md"));
-
         WorkspaceStore.openFile(fixture.url(root + "/seul.md"));
         tryCompare(inspector.backlinks, "count", 0);
         verify(findChild(inspector, "noBacklinks").visible);
