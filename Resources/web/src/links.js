@@ -11,6 +11,7 @@ const ADDRESS = /\bhttps?:\/\/[^\s<>()[\]`"']+/g;
 // Punctuation that ends a sentence rather than the address.
 const TRAILING = /[.,;:!?]+$/;
 const WIKI = /\[\[[^[\]\n]+\]\]/g;
+const CODE = new Set(["InlineCode", "FencedCode", "CodeBlock"]);
 
 // The http(s) address in `text` that covers the offset `at`, or null.
 export function addressAt(text, at) {
@@ -40,6 +41,10 @@ function definition(state, label) {
 // (as written: "../guide/install.md#linux", "<a b.md>", "[[Name|label]]"), or null. A reference
 // link ("[texte][réf]", "[réf]") leads where its definition says.
 export function linkAt(state, pos) {
+  // Code shows links as text: nothing in it is followed.
+  for (let node = syntaxTree(state).resolveInner(pos, 0); node; node = node.parent) {
+    if (CODE.has(node.name)) return null;
+  }
   const line = state.doc.lineAt(pos);
   const at = pos - line.from;
   for (const match of line.text.matchAll(WIKI)) {

@@ -40,4 +40,10 @@ test("the link under the caret, its target as written", async () => {
   assert.deepEqual(at("réf"), { target: "../notes/réf.md" }); // where its definition says
   assert.equal(at("sans"), null); // a reference nothing defines
   assert.equal(at("Voir"), null);
+
+  // Code shows links as text, as the host reads it: nothing there is followed.
+  const code = "Un `[[Dans le code]]` et `[x](y.md)`.\n\n```\n[[Bloc]] [z](z.md)\n```\n\n    [[Indenté]]\n";
+  const coded = EditorState.create({ doc: code, extensions: [markdown({ base: markdownLanguage })] });
+  ensureSyntaxTree(coded, coded.doc.length, 1e9);
+  for (const word of ["Dans", "x]", "Bloc", "z]", "Indenté"]) assert.equal(linkAt(coded, code.indexOf(word) + 1), null, word);
 });
