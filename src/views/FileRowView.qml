@@ -102,8 +102,9 @@ ItemDelegate {
     // with its picture under the pointer.
     Drag.dragType: Drag.Automatic
     Drag.supportedActions: Qt.MoveAction
+    // Only this window understands it: a row dropped on a file manager moves nothing out of the
+    // folder behind the links' back.
     Drag.mimeData: ({
-            "text/uri-list": row.url.toString(),
             "application/x-pagewell-item": row.url.toString()
         })
     Drag.keys: ["application/x-pagewell-item"]
