@@ -143,14 +143,22 @@ private:
     const QList<QByteArray> &m_ignored;
 };
 
-template<typename Visit> void forEachDocument(const FileItem &item, const Visit &visit)
+// Visits the files of a tree that `accepts` takes by name.
+template<typename Accepts, typename Visit>
+void forEachFile(const FileItem &item, const Accepts &accepts, const Visit &visit)
 {
     if (item.isDirectory()) {
         for (const FileItem &child : item.children())
-            forEachDocument(child, visit);
-    } else if (FileKind::isSearched(item.name())) {
+            forEachFile(child, accepts, visit);
+    } else if (accepts(item.name())) {
         visit(item);
     }
+}
+
+template<typename Visit> void forEachDocument(const FileItem &item, const Visit &visit)
+{
+    forEachFile(
+        item, [](QStringView name) { return FileKind::isSearched(name); }, visit);
 }
 
 // The names in an open folder, read through a second descriptor so `fd` stays usable.
@@ -378,6 +386,15 @@ QStringList FileSystemService::collectDocumentPaths(const FileItem &item) const
 {
     QStringList paths;
     forEachDocument(item, [&paths](const FileItem &document) { paths.append(document.id()); });
+    return paths;
+}
+
+QStringList FileSystemService::collectMarkdownPaths(const FileItem &item)
+{
+    QStringList paths;
+    forEachFile(
+        item, [](QStringView name) { return FileKind::isMarkdown(name); },
+        [&paths](const FileItem &document) { paths.append(document.id()); });
     return paths;
 }
 

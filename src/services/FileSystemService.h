@@ -37,6 +37,9 @@ public:
     QList<QUrl> collectDocumentURLs(const FileItem &item) const;
     // The same documents as absolute paths, for callers that need no URL.
     QStringList collectDocumentPaths(const FileItem &item) const;
+    // The Markdown documents of a tree (or the item itself), depth first in display order: those
+    // whose links are read.
+    static QStringList collectMarkdownPaths(const FileItem &item);
 
     // The file name a new document typed as `name` gets: ".md" added unless ".md" or
     // ".markdown" was typed.

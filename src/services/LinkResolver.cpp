@@ -273,10 +273,6 @@ Written writtenIn(const QString &text)
     static const QRegularExpression htmlPicture(
         uR"re(^ {0,3}<img\b[^>]*?\bsrc\s*=\s*(?:"([^"]*)"|'([^']*)')[^>]*>\s*$)re"_s,
         QRegularExpression::CaseInsensitiveOption);
-    static const QRegularExpression inlineLink(uR"re(\]\(\s*(<[^>\n]*>|[^\s)]+))re"_s);
-    static const QRegularExpression wikiLink(uR"re(\[\[[^\[\]\n]+\]\])re"_s);
-    // A reference definition, "[label]: target", which reference links lead through.
-    static const QRegularExpression definition(uR"re(^ {0,3}\[[^\]]+\]:\s*(<[^>\n]*>|\S+))re"_s);
 
     Written written;
     QSet<QString> seenLinks;
@@ -287,41 +283,32 @@ Written writtenIn(const QString &text)
             list.append(value);
         }
     };
+    // Links where the folder's reading finds them (nothing inside code); a picture is no link,
+    // and neither is a link to a picture file.
+    for (const MarkdownLinks::Span &span : MarkdownLinks::scan(text)) {
+        if (span.picture || span.form == MarkdownLinks::Form::Html)
+            continue;
+        const QString target = text.mid(span.start, span.length);
+        if (span.form == MarkdownLinks::Form::Wiki)
+            add(written.links, seenLinks, u"[["_s + target + u"]]"_s);
+        else if (!isPictureName(writtenPath(target).value_or(QString())))
+            add(written.links, seenLinks, target);
+    }
     for (const QStringView line : QStringView(text).tokenize(u'\n')) {
-        // Most lines hold no link at all, and pass without a pattern.
-        const bool linkish
-            = line.contains(u"]("_s) || line.contains(u"[["_s) || line.contains(u"]:"_s);
-        if (!linkish && !line.contains(u"<img"_s, Qt::CaseInsensitive))
-            continue;
         const QStringView trimmed = line.trimmed();
-        if (trimmed.startsWith(u'!') || trimmed.startsWith(u'<')) {
-            QRegularExpressionMatch match;
-            if ((match = markdownPicture.match(line)).hasMatch()) {
-                QString source = match.captured(1);
-                if (source.startsWith(u'<') && source.endsWith(u'>'))
-                    source = source.mid(1, source.size() - 2);
-                add(written.pictures, seenPictures, source);
-            } else if ((match = wikiPicture.match(line)).hasMatch()) {
-                add(written.pictures, seenPictures,
-                    u"[["_s + match.captured(1).trimmed() + u"]]"_s);
-            } else if ((match = htmlPicture.match(line)).hasMatch()) {
-                add(written.pictures, seenPictures,
-                    match.hasCaptured(1) ? match.captured(1) : match.captured(2));
-            }
-        }
-        if (!linkish)
+        if (!trimmed.startsWith(u'!') && !trimmed.startsWith(u'<'))
             continue;
-        for (const QRegularExpression *pattern : {&inlineLink, &wikiLink, &definition}) {
-            for (QRegularExpressionMatchIterator it = pattern->globalMatch(line); it.hasNext();) {
-                const QRegularExpressionMatch match = it.next();
-                const QString target = match.captured(match.lastCapturedIndex());
-                // Pictures are not links: "![[capture.png]]", "![schéma](img/flux.svg)".
-                const bool picture = pattern == &wikiLink
-                    ? match.capturedStart() > 0 && line.at(match.capturedStart() - 1) == u'!'
-                    : isPictureName(writtenPath(target).value_or(QString()));
-                if (!picture)
-                    add(written.links, seenLinks, target);
-            }
+        QRegularExpressionMatch match;
+        if ((match = markdownPicture.match(line)).hasMatch()) {
+            QString source = match.captured(1);
+            if (source.startsWith(u'<') && source.endsWith(u'>'))
+                source = source.mid(1, source.size() - 2);
+            add(written.pictures, seenPictures, source);
+        } else if ((match = wikiPicture.match(line)).hasMatch()) {
+            add(written.pictures, seenPictures, u"[["_s + match.captured(1).trimmed() + u"]]"_s);
+        } else if ((match = htmlPicture.match(line)).hasMatch()) {
+            add(written.pictures, seenPictures,
+                match.hasCaptured(1) ? match.captured(1) : match.captured(2));
         }
     }
     return written;

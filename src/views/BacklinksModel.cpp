@@ -47,12 +47,6 @@ QVariant BacklinksModel::data(const QModelIndex &index, int role) const
     case Qt::DisplayRole:
     case NameRole:
         return link.path.section(u'/', -1);
-    case FolderRole: {
-        const QString root
-            = m_store ? m_store->rootItem() ? m_store->rootItem()->id() : QString() : QString();
-        const QString folder = link.path.section(u'/', 0, -2);
-        return folder.startsWith(root + u'/') ? folder.mid(root.size() + 1) : QString();
-    }
     case LineNumberRole:
         return link.line + 1;
     case LineTextRole:
@@ -66,7 +60,6 @@ QVariant BacklinksModel::data(const QModelIndex &index, int role) const
 QHash<int, QByteArray> BacklinksModel::roleNames() const
 {
     return {{NameRole, "name"},
-            {FolderRole, "folder"},
             {LineNumberRole, "lineNumber"},
             {LineTextRole, "lineText"},
             {UrlRole, "url"}};

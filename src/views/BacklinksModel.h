@@ -6,8 +6,8 @@
 #include <QPointer>
 #include <QtQml/qqmlregistration.h>
 
-// The links elsewhere in the folder that lead to the open document, one row each: the document
-// holding it and the line it stands on. Follows the link index as it changes.
+// The documents elsewhere in the folder whose links lead to the open one, one row each: the
+// document holding it and the line it stands on. Follows the link index as it changes.
 class BacklinksModel : public QAbstractListModel
 {
     Q_OBJECT
@@ -16,7 +16,7 @@ class BacklinksModel : public QAbstractListModel
     Q_PROPERTY(int count READ count NOTIFY countChanged)
 
 public:
-    enum Role { NameRole = Qt::UserRole + 1, FolderRole, LineNumberRole, LineTextRole, UrlRole };
+    enum Role { NameRole = Qt::UserRole + 1, LineNumberRole, LineTextRole, UrlRole };
     Q_ENUM(Role)
 
     explicit BacklinksModel(QObject *parent = nullptr);

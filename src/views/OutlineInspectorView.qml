@@ -247,7 +247,6 @@ Rectangle {
 
                     required property int index
                     required property string name
-                    required property string folder
                     required property int lineNumber
                     required property string lineText
 

@@ -1,6 +1,6 @@
 #include "FolderOperations.h"
 
-#include "model/FileKind.h"
+#include "services/FileSystemService.h"
 #include "services/TextFile.h"
 
 #include <QDir>
@@ -14,17 +14,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-void collectDocuments(const FileItem &item, QStringList &out)
-{
-    if (!item.isDirectory()) {
-        if (FileKind::isMarkdown(item.name()))
-            out.append(item.id());
-        return;
-    }
-    for (const FileItem &child : item.children())
-        collectDocuments(child, out);
-}
 
 bool sameFile(const QString &a, const QString &b)
 {
@@ -77,7 +66,7 @@ FolderOperations::Plan FolderOperations::plan(const FileItem &root, const LinkRe
         return plan;
     QStringList documents = linking;
     if (const FileItem *item = root.descendant(move.from))
-        collectDocuments(*item, documents);
+        documents += FileSystemService::collectMarkdownPaths(*item);
     documents.removeDuplicates();
     const LinkResolver::NameIndex names(root);
     for (const QString &path : std::as_const(documents)) {

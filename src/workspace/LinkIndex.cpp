@@ -2,6 +2,7 @@
 
 #include "model/FileKind.h"
 #include "services/FileReader.h"
+#include "services/FileSystemService.h"
 #include "services/LinkResolver.h"
 
 #include <QFile>
@@ -20,16 +21,6 @@ public:
     IndexPool() { setMaxThreadCount(std::max(2, QThread::idealThreadCount())); }
 };
 Q_GLOBAL_STATIC(IndexPool, indexPool)
-
-void collectDocuments(const FileItem &folder, QStringList &out)
-{
-    for (const FileItem &child : folder.children()) {
-        if (child.isDirectory())
-            collectDocuments(child, out);
-        else if (FileKind::isMarkdown(child.name()))
-            out.append(child.id());
-    }
-}
 
 QList<LinkIndex::Link> readLinks(const QString &path, FileReader &reader)
 {
@@ -152,8 +143,7 @@ LinkIndex::build(const FileItem &root, const Snapshot &previous, const QSet<QStr
                  bool readAll, const std::atomic_bool &replaced)
 {
     auto snapshot = std::make_shared<Snapshot>();
-    QStringList documents;
-    collectDocuments(root, documents);
+    const QStringList documents = FileSystemService::collectMarkdownPaths(root);
     // Each chunk of documents is read (when it must be) and its links resolved on one thread;
     // documents of a chunk mostly share a folder, and a link written alike there leads alike.
     constexpr qsizetype chunk = 64;

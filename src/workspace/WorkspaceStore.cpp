@@ -218,16 +218,22 @@ void WorkspaceStore::deleteFile(const QUrl &url)
         Q_EMIT permanentDeletionRequest(url, FileUrl::lastPathComponent(url));
         return;
     }
-    if (m_selectedFileURL == url) {
-        m_drafts.forget();
-        setSelectedFileURL(QUrl());
-        m_document.close();
-    }
+    closeIfSelected(url);
     m_lastMove.reset();
     m_lastTrash = trashed;
     setOperation(u"\u00AB\u00A0%1\u00A0\u00BB a \u00E9t\u00E9 mis \u00E0 la corbeille."_s.arg(
         FileUrl::lastPathComponent(url)));
     reloadCurrentFolder();
+}
+
+void WorkspaceStore::closeIfSelected(const QUrl &url)
+{
+    // A deleted document goes with its edits; the folder of an open one leaves it open.
+    if (m_selectedFileURL == url) {
+        m_drafts.forget();
+        setSelectedFileURL(QUrl());
+        m_document.close();
+    }
 }
 
 void WorkspaceStore::deletePermanently(const QUrl &url)
@@ -236,11 +242,7 @@ void WorkspaceStore::deletePermanently(const QUrl &url)
         presentAlert(u"Erreur lors de la suppression: "_s, *error);
         return;
     }
-    if (m_selectedFileURL == url) {
-        m_drafts.forget();
-        setSelectedFileURL(QUrl());
-        m_document.close();
-    }
+    closeIfSelected(url);
     reloadCurrentFolder();
 }
 
@@ -345,18 +347,14 @@ void WorkspaceStore::applyPendingMove(bool updateLinks)
     const FolderOperations::Done &done = std::get<FolderOperations::Done>(result);
     m_pageTextBefore = currentDocument() ? currentDocument()->content : QString();
     followMove(plan.move);
-    const bool openWritten = std::any_of(done.written.begin(), done.written.end(),
-                                         [this](const FolderOperations::Change &change) {
-                                             return change.newPath == m_document.path();
-                                         });
+    const bool openWritten = wroteOpenDocument(done);
     if (pageText || openWritten)
         m_document.rewriteLinks(pageText.value_or(currentDocument()->content), openWritten);
     m_pageTextAfter = currentDocument() ? currentDocument()->content : QString();
-    reloadCurrentFolder();
     QSet<QString> written;
     for (const FolderOperations::Change &change : done.written)
         written.insert(change.newPath);
-    m_links.update(rootItem(), written);
+    refreshAfterMove(written);
 
     m_lastTrash.reset();
     m_lastMove = done;
@@ -377,6 +375,22 @@ void WorkspaceStore::applyPendingMove(bool updateLinks)
                                        .arg(documents)
                                        .arg(documents == 1 ? u"document"_s : u"documents"_s));
     alertFailures(u"Ces documents n'ont pas \u00E9t\u00E9 mis \u00E0 jour"_s, done);
+}
+
+bool WorkspaceStore::wroteOpenDocument(const FolderOperations::Done &done) const
+{
+    // Before the open document follows the move back, or after it followed the move: its path
+    // is where the files were written.
+    return std::any_of(done.written.begin(), done.written.end(),
+                       [this](const FolderOperations::Change &change) {
+                           return change.newPath == m_document.path();
+                       });
+}
+
+void WorkspaceStore::refreshAfterMove(const QSet<QString> &written)
+{
+    reloadCurrentFolder();
+    m_links.update(rootItem(), written);
 }
 
 void WorkspaceStore::followMove(const LinkRewriter::Move &move)
@@ -420,10 +434,7 @@ void WorkspaceStore::undoLastOperation()
     setOperation({});
     const FolderOperations::Done undone = FolderOperations::undo(last);
     const bool movedBack = !undone.failed.contains(last.move.to);
-    const bool openWritten = std::any_of(undone.written.begin(), undone.written.end(),
-                                         [this](const FolderOperations::Change &change) {
-                                             return change.newPath == m_document.path();
-                                         });
+    const bool openWritten = wroteOpenDocument(undone);
     if (movedBack)
         followMove(undone.move);
     if (currentDocument()) {
@@ -433,11 +444,10 @@ void WorkspaceStore::undoLastOperation()
             m_document.rewriteLinks(untouched ? m_pageTextBefore : currentDocument()->content,
                                     openWritten);
     }
-    reloadCurrentFolder();
     QSet<QString> written;
     for (const FolderOperations::Change &change : undone.written)
-        written.insert(undone.move.apply(change.newPath));
-    m_links.update(rootItem(), written);
+        written.insert(movedBack ? change.path : change.newPath);
+    refreshAfterMove(written);
     alertFailures(u"Ces documents n'ont pas \u00E9t\u00E9 remis comme avant"_s, undone);
 }
 

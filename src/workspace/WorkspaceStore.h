@@ -287,6 +287,11 @@ private:
     // The open document, its draft, selection, history and session follow a moved item.
     void followMove(const LinkRewriter::Move &move);
     void setOperation(const QString &message);
+    void closeIfSelected(const QUrl &url);
+    // Whether `done` wrote the open document's file.
+    bool wroteOpenDocument(const FolderOperations::Done &done) const;
+    // The tree read again and the documents written read again by the link index.
+    void refreshAfterMove(const QSet<QString> &written);
     void alertFailures(const QString &title, const FolderOperations::Done &done);
 
     WorkspaceSession m_session;

@@ -285,13 +285,14 @@ private Q_SLOTS:
             QCOMPARE(found.value_or(u"-"_s), inFolder(picture.value(u"shows"_s)));
         }
 
-        // What a text points at, each once, as written; a picture is no link.
+        // What a text points at, each once, as written and in the order written; a picture is no
+        // link, and nothing in code is one.
         const LinkResolver::Written written = LinkResolver::writtenIn(
             u"Voir [a](../index.md#x), [[Index|i]], [w](https://a.org) ![p](img.png) ici.\r\n"
             u"  ![schéma](<img/flux v2.svg> \"t\")\n![[capture.png|c]]\n<img src='logo.webp'>\n"
-            u"`[a](../index.md#x)`\n[r]: <défini.md> \"titre\""_s);
+            u"`[a](../index.md#x)` `[c](code.md)`\n[r]: <défini.md> \"titre\""_s);
         QCOMPARE(written.links,
-                 (QStringList {u"../index.md#x"_s, u"https://a.org"_s, u"[[Index|i]]"_s,
+                 (QStringList {u"../index.md#x"_s, u"[[Index|i]]"_s, u"https://a.org"_s,
                                u"<défini.md>"_s}));
         QCOMPARE(written.pictures,
                  (QStringList {u"img/flux v2.svg"_s, u"[[capture.png]]"_s, u"logo.webp"_s}));

@@ -160,6 +160,11 @@ private Q_SLOTS:
         QCOMPARE(index.linksTo(folder + u"/a/note.md").size(), 2);
         QCOMPARE(index.linksTo(folder + u"/a").size(), 2);
         QVERIFY(index.linksTo(folder + u"/b/x.md").isEmpty());
+        // What leaves a document, as written.
+        QStringList written;
+        for (const LinkIndex::Link &link : index.linksFrom(folder + u"/b/lien.md"))
+            written.append(link.target);
+        QCOMPARE(written, (QStringList {u"note"_s, u"../a/note.md"_s}));
 
         writeFile(folder + u"/b/x.md", "[[lien]]\n");
         index.documentSaved(folder + u"/b/x.md");
