@@ -15,6 +15,8 @@
 #include <QJsonObject>
 #include <QJsonValue>
 
+#include <cmath>
+
 using namespace Qt::StringLiterals;
 
 Coordinator::Coordinator(QObject *parent) : QObject(parent)
@@ -158,6 +160,7 @@ void Coordinator::update()
     if (!m_pageLoaded)
         return;
     m_isInternalUpdate = true;
+    m_awaitingText = false;
     Q_EMIT scriptRequested(
         EditorScripts::contentCall(document->content, FileUrl::path(document->fileURL)), true);
 }
@@ -169,6 +172,7 @@ void Coordinator::documentTextReplaced()
     if (!m_pageLoaded || !document || document->fileURL != m_currentLoadedURL)
         return;
     m_isInternalUpdate = true;
+    m_awaitingText = false;
     Q_EMIT scriptRequested(EditorScripts::replaceCall(document->content), true);
 }
 
@@ -178,6 +182,7 @@ void Coordinator::navigationFinished()
     // already recorded by the update step, which sends no second theme call.
     const bool dark = m_parentIsDark.value_or(m_isDark);
     m_pageLoaded = true;
+    m_awaitingText = false;
     m_linkFacts.resend();
     if (m_store && !m_store->rootURL().isEmpty())
         Q_EMIT scriptRequested(EditorScripts::folderCall(FileUrl::path(m_store->rootURL())), false);
@@ -241,7 +246,49 @@ QVariant plainValue(const QVariant &value)
     }
 }
 
+// A position or a length in a text: a whole number, not negative, as the page counts them.
+std::optional<qsizetype> readPosition(const QVariant &value)
+{
+    bool ok = false;
+    const double number = value.toDouble(&ok);
+    const bool isNumber = value.typeId() == QMetaType::Double || value.typeId() == QMetaType::Int
+        || value.typeId() == QMetaType::LongLong;
+    if (!isNumber || !ok || number < 0 || number > double(1LL << 40)
+        || number != std::floor(number))
+        return std::nullopt;
+    return qsizetype(number);
+}
+
+// The edits of a "contentEdited" message: a list of [from, to, inserted].
+std::optional<QList<TextEdit>> readEdits(const QVariant &value)
+{
+    if (value.typeId() != QMetaType::QVariantList)
+        return std::nullopt;
+    const QVariantList changes = value.toList();
+    QList<TextEdit> edits;
+    edits.reserve(changes.size());
+    for (const QVariant &change : changes) {
+        const QVariantList parts = change.toList();
+        if (change.typeId() != QMetaType::QVariantList || parts.size() != 3
+            || parts.at(2).typeId() != QMetaType::QString)
+            return std::nullopt;
+        const std::optional<qsizetype> from = readPosition(parts.at(0));
+        const std::optional<qsizetype> to = readPosition(parts.at(1));
+        if (!from || !to)
+            return std::nullopt;
+        edits.append({*from, *to, parts.at(2).toString()});
+    }
+    return edits;
+}
+
 } // namespace
+
+bool Coordinator::isOpenDocument(const QString &path) const
+{
+    // Text sent under the path a rename just replaced is the open document's own.
+    const std::optional<EditorDocument> &document = m_store->currentDocument();
+    return !document || path == FileUrl::path(document->fileURL) || path == m_relocatedFrom;
+}
 
 void Coordinator::receiveMessage(const QVariant &message)
 {
@@ -268,17 +315,31 @@ void Coordinator::handleMessage(const QString &type, const QVariantMap &body)
         // Typing the page had not sent yet when another document replaced its own: it belongs
         // to that document, which the store keeps as a draft.
         const QVariant path = body.value(u"path"_s);
-        const std::optional<EditorDocument> &document = m_store->currentDocument();
-        // Text sent under the path a rename just replaced is the open document's own.
-        if (path.typeId() == QMetaType::QString && document
-            && path.toString() != FileUrl::path(document->fileURL)
-            && path.toString() != m_relocatedFrom) {
+        if (path.typeId() == QMetaType::QString && !isOpenDocument(path.toString())) {
             m_store->updateReplacedDocumentContent(path.toString(), markdown.toString());
             return;
         }
+        m_awaitingText = false;
         // While the page takes a text from here, what it reports is that text coming back.
         if (!m_isInternalUpdate)
             m_store->updateDocumentContent(markdown.toString());
+    } else if (type == u"contentEdited"_s) {
+        const std::optional<QList<TextEdit>> edits = readEdits(body.value(u"changes"_s));
+        const std::optional<qsizetype> length = readPosition(body.value(u"length"_s));
+        const QVariant path = body.value(u"path"_s);
+        if (!edits || !length || path.typeId() != QMetaType::QString || !m_store->currentDocument())
+            return;
+        if (!isOpenDocument(path.toString())) {
+            m_store->editReplacedDocumentContent(path.toString(), *edits, *length);
+            return;
+        }
+        // Edits made before the page answers the request for its text are in that text.
+        if (m_isInternalUpdate || m_awaitingText)
+            return;
+        if (!m_store->editDocumentContent(*edits, *length)) {
+            m_awaitingText = true;
+            Q_EMIT scriptRequested(EditorScripts::textRequestCall(), false);
+        }
     } else if (type == u"headingsUpdated"_s) {
         const QVariant headings = body.value(u"headings"_s);
         if (headings.typeId() != QMetaType::QVariantList)

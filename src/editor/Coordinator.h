@@ -93,6 +93,8 @@ Q_SIGNALS:
 private:
     void handleMessage(const QString &type, const QVariantMap &body);
     void documentTextReplaced();
+    // Whether text the page sent under `path` is the open document's.
+    bool isOpenDocument(const QString &path) const;
 
     QPointer<WorkspaceStore> m_store;
     QPointer<EditorBridge> m_bridge;
@@ -104,6 +106,9 @@ private:
     QString m_relocatedFrom;
     std::optional<bool> m_lastColorScheme;
     bool m_isInternalUpdate = false;
+    // The page's edits did not fit the store's text: its whole text was asked for, and edits
+    // until it comes are already in it.
+    bool m_awaitingText = false;
     // Until the page has loaded, a document's text is not sent: the page could not take it yet,
     // and the start call carries it. Evaluating megabytes of text in a loading page held the
     // page back by half a second.

@@ -54,9 +54,9 @@ QString startCall(bool isDark)
 // and the page would keep the previous document's text, to be saved over this file.
 QString startCall(const QString &content, const QString &filePath, bool isDark)
 {
-    const QString text = templateLiteral(content);
-    return u"window.Pagewell && (window.Pagewell.init("_s + text + u", "_s + darkWord(isDark)
-        + u"), window.Pagewell.setContent("_s + text + u", "_s + quoted(filePath) + u"));"_s;
+    return u"window.Pagewell && ((t) => (window.Pagewell.init(t, "_s + darkWord(isDark)
+        + u"), window.Pagewell.setContent(t, "_s + quoted(filePath) + u")))("_s
+        + templateLiteral(content) + u");"_s;
 }
 
 QString contentCall(const QString &content, const QString &filePath)
@@ -103,6 +103,11 @@ QString linkFactsCall(const QJsonObject &facts, const QString &documentPath)
     return u"window.Pagewell && window.Pagewell.setLinkFacts("_s
         + QString::fromUtf8(QJsonDocument(facts).toJson(QJsonDocument::Compact)) + u", "_s
         + quoted(documentPath) + u");"_s;
+}
+
+QString textRequestCall()
+{
+    return u"window.Pagewell && window.Pagewell.sendContent();"_s;
 }
 
 QString focusCall()

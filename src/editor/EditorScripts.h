@@ -15,7 +15,8 @@ QString templateLiteral(const QString &text);
 QString quoted(const QString &text);
 
 QString startCall(bool isDark);
-// The text goes in twice, encoded once.
+// The text is written once and handed to both calls: for megabytes, the page's script engine
+// reads every copy of the literal.
 QString startCall(const QString &content, const QString &filePath, bool isDark);
 QString contentCall(const QString &content, const QString &filePath);
 QString themeCall(bool isDark);
@@ -26,6 +27,8 @@ QString replaceCall(const QString &content);
 // Asks the page to send the text it shows, then to ask for a save, as its own Ctrl+S does; the
 // evaluation answers false when the page is not there to do it.
 QString saveCall();
+// Asks the page for the whole text it shows, once: its edits no longer fit the text held here.
+QString textRequestCall();
 // Gives the text the keyboard, as a click in it would.
 QString focusCall();
 QString scrollCall(const QString &headingId);

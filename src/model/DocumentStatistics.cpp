@@ -1,5 +1,7 @@
 #include "DocumentStatistics.h"
 
+#include "EditorDocument.h"
+
 #include <QTextBoundaryFinder>
 
 #include <algorithm>
@@ -57,6 +59,42 @@ qsizetype characterCount(QStringView text)
         i = end;
     }
     return count;
+}
+
+Counts count(QStringView text)
+{
+    return {EditorDocument::countWords(text), characterCount(text)};
+}
+
+namespace {
+
+// Whether the text splits at `at` for both counts: no word and no character runs across it.
+bool settledAt(QStringView text, qsizetype at)
+{
+    if (at == 0 || at == text.size())
+        return true;
+    const char16_t before = text[at - 1].unicode();
+    return before == u'\n' || ((before == u' ' || before == u'\t') && isSimple(text[at].unicode()));
+}
+
+} // namespace
+
+std::optional<Span> settledSpan(QStringView text, qsizetype from, qsizetype to, qsizetype reach)
+{
+    // The start's two characters both lie before `from`, the end's both at `to` or after.
+    qsizetype start = from - 1;
+    while (start > 0 && !settledAt(text, start)) {
+        if (from - start > reach)
+            return std::nullopt;
+        --start;
+    }
+    qsizetype end = to + 1;
+    while (end < text.size() && !settledAt(text, end)) {
+        if (end - to > reach)
+            return std::nullopt;
+        ++end;
+    }
+    return Span {std::max<qsizetype>(start, 0), std::min(end, text.size())};
 }
 
 qsizetype readingMinutes(qsizetype words)

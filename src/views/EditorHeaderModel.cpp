@@ -55,13 +55,10 @@ void EditorHeaderModel::update()
 
 void EditorHeaderModel::count()
 {
-    const std::optional<EditorDocument> &document
-        = m_store ? m_store->currentDocument() : std::nullopt;
-    const QString content = document ? document->content : QString();
-    const qsizetype words = EditorDocument::countWords(content);
-    m_wordsText = DocumentStatistics::wordsText(words);
-    m_charactersText
-        = DocumentStatistics::charactersText(DocumentStatistics::characterCount(content));
-    m_readingTimeText = DocumentStatistics::readingTimeText(words);
+    const DocumentStatistics::Counts counts
+        = m_store ? m_store->documentStatistics() : DocumentStatistics::Counts();
+    m_wordsText = DocumentStatistics::wordsText(counts.words);
+    m_charactersText = DocumentStatistics::charactersText(counts.characters);
+    m_readingTimeText = DocumentStatistics::readingTimeText(counts.words);
     Q_EMIT statisticsChanged();
 }

@@ -9,8 +9,8 @@
 #include <optional>
 
 // What the editor header shows of the open document: its name, its path in the folder and its
-// statistics. The statistics are counted again only when the text itself changed, once per
-// edit message, never per frame.
+// statistics. The statistics are the store's, which a large document's edits keep up to date
+// without counting it again; they are read once per change of the text, never per frame.
 class EditorHeaderModel : public QObject
 {
     Q_OBJECT

@@ -45,6 +45,15 @@ void DraftKeeper::updateLeft(const QString &path, const QString &text)
         m_drafts.save(path, m_left->diskText, text);
 }
 
+void DraftKeeper::editLeft(const QString &path, const QList<TextEdit> &edits, qsizetype length)
+{
+    if (!m_left || m_left->path != path || !TextEdit::fit(edits, m_left->content.size(), length))
+        return;
+    QString text = m_left->content;
+    TextEdit::apply(edits, text);
+    updateLeft(path, text);
+}
+
 void DraftKeeper::restore()
 {
     if (m_document->notice() != DocumentNotice::DraftFound || !m_offered || !m_document->document())

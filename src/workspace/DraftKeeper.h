@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/TextEdit.h"
 #include "services/DraftStore.h"
 
 #include <QObject>
@@ -32,6 +33,8 @@ public:
     // The last text of the document left, arriving after it was left: kept as its draft when it
     // differs from its file.
     void updateLeft(const QString &path, const QString &text);
+    // The same, as the editor's edits of what it last sent; edits that do not fit are dropped.
+    void editLeft(const QString &path, const QList<TextEdit> &edits, qsizetype length);
     // The offered draft becomes the document's text ("Rétablir"), or is deleted ("Ignorer").
     void restore();
     void discard();

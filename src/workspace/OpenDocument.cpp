@@ -83,12 +83,36 @@ void OpenDocument::updateContent(const QString &text)
 {
     if (!m_document || m_document->content == text)
         return;
-    EditorDocument document = *m_document;
-    document.content = text;
-    const bool wasDirty = document.isDirty;
-    document.isDirty = true;
-    setDocument(document, wasDirty ? Text : Text | Modified);
+    m_counts.reset();
+    takeEdit(text);
+}
+
+bool OpenDocument::editContent(const QList<TextEdit> &edits, qsizetype length)
+{
+    if (!m_document || !TextEdit::fit(edits, m_document->content.size(), length))
+        return false;
+    if (TextEdit::changeNothing(edits, m_document->content))
+        return true;
+    // Moved out, the text is held once and changes in place.
+    QString text = std::exchange(m_document->content, {});
+    TextEdit::apply(edits, text, &m_counts);
+    takeEdit(std::move(text));
+    return true;
+}
+
+void OpenDocument::takeEdit(QString text)
+{
+    m_document->content = std::move(text);
+    const bool wasDirty = std::exchange(m_document->isDirty, true);
+    emitChanges(wasDirty ? Text : Text | Modified);
     Q_EMIT edited();
+}
+
+DocumentStatistics::Counts OpenDocument::statistics() const
+{
+    if (!m_counts)
+        m_counts = DocumentStatistics::count(m_document ? m_document->content : QString());
+    return *m_counts;
 }
 
 void OpenDocument::updateHeadings(const QList<HeadingItem> &headings)
@@ -265,6 +289,13 @@ void OpenDocument::checkFile()
 void OpenDocument::setDocument(const std::optional<EditorDocument> &document, int parts)
 {
     m_document = document;
+    if (parts & Text)
+        m_counts.reset();
+    emitChanges(parts);
+}
+
+void OpenDocument::emitChanges(int parts)
+{
     Q_EMIT changed();
     if ((parts & Replaced) == Replaced)
         Q_EMIT replaced();

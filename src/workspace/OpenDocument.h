@@ -3,6 +3,7 @@
 #include "DocumentNotice.h"
 #include "model/EditorDocument.h"
 #include "model/HeadingItem.h"
+#include "model/TextEdit.h"
 #include "services/FileError.h"
 #include "services/FileIdentity.h"
 
@@ -44,6 +45,11 @@ public:
     void close();
     // The editor's whole text; a different text marks the document modified until it is saved.
     void updateContent(const QString &text);
+    // The editor's edits of the text, applied in place: no copy of a large text per key. False,
+    // and nothing changed, when they do not fit the text held here.
+    bool editContent(const QList<TextEdit> &edits, qsizetype length);
+    // The text's words and characters: counted whole once, then kept up to date by the edits.
+    DocumentStatistics::Counts statistics() const;
     void updateHeadings(const QList<HeadingItem> &headings);
     // Edits brought back (a draft): the document is modified, its file untouched.
     void restoreEdits(const QString &text);
@@ -93,6 +99,9 @@ private:
     enum class DiskText { Same, Taken, Conflict };
 
     void setDocument(const std::optional<EditorDocument> &document, int parts);
+    void emitChanges(int parts);
+    // The document modified by the editor: its text now `text`.
+    void takeEdit(QString text);
     void clearNotice();
     void replaceText(const QString &text, const FileIdentity &identity);
     void checkFile();
@@ -109,4 +118,6 @@ private:
     // A changed file is read once it has stood still for a moment: never half-written.
     QTimer m_check;
     FileIdentity m_lastSeenIdentity;
+    // The text's counts, when known: dropped by every new text, kept through edits.
+    mutable std::optional<DocumentStatistics::Counts> m_counts;
 };

@@ -156,6 +156,17 @@ void WorkspaceStore::updateReplacedDocumentContent(const QString &path, const QS
     m_drafts.updateLeft(path, text);
 }
 
+bool WorkspaceStore::editDocumentContent(const QList<TextEdit> &edits, qsizetype length)
+{
+    return m_document.editContent(edits, length);
+}
+
+void WorkspaceStore::editReplacedDocumentContent(const QString &path, const QList<TextEdit> &edits,
+                                                 qsizetype length)
+{
+    m_drafts.editLeft(path, edits, length);
+}
+
 void WorkspaceStore::updateHeadings(const QList<HeadingItem> &headings)
 {
     m_document.updateHeadings(headings);

@@ -138,6 +138,14 @@ public:
     // The last text of the document that the open one replaced, arriving after the replacement:
     // kept as that document's draft when it differs from its file.
     void updateReplacedDocumentContent(const QString &path, const QString &text);
+    // The editor's edits of the text held here, for a large document: the same rules as a whole
+    // text, with no copy of it. False when they do not fit, the text having gone astray.
+    bool editDocumentContent(const QList<TextEdit> &edits, qsizetype length);
+    // Edits of the document the open one replaced, arriving after the replacement.
+    void editReplacedDocumentContent(const QString &path, const QList<TextEdit> &edits,
+                                     qsizetype length);
+    // The open document's words and characters, kept up to date through edits.
+    DocumentStatistics::Counts documentStatistics() const { return m_document.statistics(); }
     void updateHeadings(const QList<HeadingItem> &headings);
     // Writes the open document to its file atomically.
     Q_INVOKABLE void saveCurrentDocument();

@@ -82,6 +82,77 @@ private Q_SLOTS:
         QCOMPARE(counts(), (QList<qsizetype> {1, 3, 2, 3}));
     }
 
+    // The editor's edits give the text a whole text would, with the same announcements; the
+    // counts kept through them are the text's own, in prose, emoji, combining marks, CR LF and
+    // one long line of encoded data where no settled place is near.
+    void editsGiveTheTextAndItsCounts()
+    {
+        const QString root = folder({u"a.md"_s});
+        QString prose;
+        for (int i = 0; i < 400; ++i)
+            prose += u"Ligne %1 \U0001F600 e\u0301t\u00e9\u00a0mot\r\n"_s.arg(i);
+        prose += QString(9000, u'A') + u"\n fin"_s;
+        writeFile(root + u"/a.md"_s, prose.toUtf8());
+        auto store = launch();
+        store->openFolder(QUrl::fromLocalFile(root));
+        QSignalSpy text(store.get(), &WorkspaceStore::documentTextChanged);
+        QSignalSpy modified(store.get(), &WorkspaceStore::documentModifiedChanged);
+        QCOMPARE(store->documentStatistics(), DocumentStatistics::count(prose));
+
+        const QStringList pieces {u"x"_s,      u" "_s,      u"\r\n"_s, u"\U0001F1EB\U0001F1F7"_s,
+                                  u"\u0301"_s, u"\u200d"_s, u""_s,     u"deux mots\n"_s,
+                                  u"\r"_s,     u"\n"_s};
+        QString expected = prose;
+        int changing = 0;
+        quint32 seed = 11;
+        const auto random = [&seed](qsizetype n) {
+            seed = seed * 1664525u + 1013904223u;
+            return qsizetype((seed >> 8) % quint32(n));
+        };
+        for (int step = 0; step < 300; ++step) {
+            // One to three ranges, in order and apart, positions in the text before the step.
+            QList<TextEdit> edits;
+            qsizetype at = 0;
+            for (int n = 1 + random(3); n > 0 && at < expected.size(); --n) {
+                const qsizetype from = at + random(std::min<qsizetype>(expected.size() - at, 3000));
+                const qsizetype to = std::min(expected.size(), from + random(3) * random(30));
+                edits.append({from, to, pieces.at(random(pieces.size()))});
+                at = to + 1;
+            }
+            qsizetype length = expected.size();
+            const QString before = expected;
+            for (auto edit = edits.rbegin(); edit != edits.rend(); ++edit) {
+                expected = expected.left(edit->from) + edit->inserted + expected.mid(edit->to);
+                length += edit->inserted.size() - (edit->to - edit->from);
+            }
+            changing += expected != before;
+            QVERIFY(store->editDocumentContent(edits, length));
+            QCOMPARE(text.count(), changing);
+            if (step % 25 == 0 || step == 299) {
+                QCOMPARE(store->currentDocument()->content, expected);
+                QCOMPARE(store->documentStatistics(), DocumentStatistics::count(expected));
+            }
+        }
+        QCOMPARE(store->currentDocument()->content, expected);
+        QVERIFY(store->currentDocument()->isDirty);
+        QCOMPARE(modified.count(), 1);
+
+        // Edits that do not fit change nothing; an edit giving the same text is no edit.
+        const qsizetype size = expected.size();
+        const QList<QList<TextEdit>> unfit {{{0, 0, u"x"_s}}, // the length disagrees
+                                            {{5, 2, u""_s}},
+                                            {{0, size + 1, u""_s}},
+                                            {{4, 6, u""_s}, {5, 7, u""_s}}};
+        for (const QList<TextEdit> &edits : unfit)
+            QVERIFY(!store->editDocumentContent(edits, size - 4 * (&edits != &unfit.first())));
+        QVERIFY(store->editDocumentContent({{0, 1, expected.left(1)}}, size));
+        store->saveCurrentDocument();
+        QVERIFY(store->editDocumentContent({{0, 1, expected.left(1)}}, size));
+        QVERIFY(!store->currentDocument()->isDirty);
+        QCOMPARE(readFile(root + u"/a.md"_s), expected.toUtf8());
+        QCOMPARE(text.count(), changing);
+    }
+
     void recentFoldersMoveToTheFrontAndPersist()
     {
         auto store = launch();

@@ -88,9 +88,9 @@ private Q_SLOTS:
         QCOMPARE(
             calls.scripts,
             (QStringList {u"window.Pagewell && window.Pagewell.setFolder('"_s + root + u"');"_s,
-                          u"window.Pagewell && (window.Pagewell.init(`# a.md\n`, false), "
-                          u"window.Pagewell.setContent(`# a.md\n`, '"_s
-                              + root + u"/a.md'));"_s}));
+                          u"window.Pagewell && ((t) => (window.Pagewell.init(t, false), "
+                          u"window.Pagewell.setContent(t, '"_s
+                              + root + u"/a.md')))(`# a.md\n`);"_s}));
         QVERIFY(!coordinator->isInternalUpdate());
 
         // Another file: one call, with a completion, its quote escaped in the path.
@@ -183,6 +183,84 @@ private Q_SLOTS:
         QVERIFY(!store->currentDocument()->isDirty);
         store->drafts().waitForWrites();
         QCOMPARE(store->drafts().find(root + u"/a.md"_s, u"saved text"_s), u"saved text, late"_s);
+    }
+
+    // A large document's edits: applied to the store's text with its rules, checked in shape,
+    // and when they do not fit, the page is asked for its text once and its later edits wait
+    // for it. Edits of the document just left go to its draft.
+    void editsReachTheStore()
+    {
+        auto store = makeStore();
+        const QString root = folder({u"a.md"_s, u"b.md"_s});
+        writeFile(root + u"/a.md"_s, "\xef\xbb\xbfun\r\ndeux \xf0\x9f\x99\x82\r\n");
+        store->openFolder(QUrl::fromLocalFile(root), QUrl::fromLocalFile(root + u"/a.md"_s));
+        Recorder calls;
+        auto coordinator = makeCoordinator(store.get(), false, calls);
+        coordinator->navigationFinished();
+        const QString path = root + u"/a.md"_s;
+        const auto edited
+            = [&](const QString &changes, qsizetype length, const QString &from = QString()) {
+                  QVariantMap message
+                      = QJsonDocument::fromJson(u"{\"type\":\"contentEdited\","
+                                                u"\"changes\":%1,\"length\":%2}"_s.arg(changes)
+                                                    .arg(length)
+                                                    .toUtf8())
+                            .object()
+                            .toVariantMap();
+                  message.insert(u"path"_s, from.isEmpty() ? path : from);
+                  coordinator->receiveMessage(message);
+                  QCoreApplication::processEvents();
+              };
+        const QString original = store->currentDocument()->content;
+        QCOMPARE(original.size(), 14); // mark, "un", CR LF, "deux ", a surrogate pair, CR LF
+        QCOMPARE(store->documentStatistics(), (DocumentStatistics::Counts {3, 11}));
+
+        // Two ranges in one step, positions in the text before it; the emoji replaced whole.
+        edited(uR"([[1,3,"Un"],[10,12,"é"]])"_s, 13);
+        QCOMPARE(store->currentDocument()->content, u"\ufeffUn\r\ndeux \u00e9\r\n"_s);
+        QVERIFY(store->currentDocument()->isDirty);
+        QCOMPARE(store->documentStatistics(), (DocumentStatistics::Counts {3, 11}));
+        QVERIFY(calls.scripts.filter(u"sendContent"_s).isEmpty());
+
+        // Wrong shapes are ignored.
+        QSignalSpy changes(store.get(), &WorkspaceStore::currentDocumentChanged);
+        for (const QString &bad :
+             {uR"([[1,2]])"_s, uR"([[1,2,3]])"_s, uR"([[1.5,2,"x"]])"_s, uR"([[-1,2,"x"]])"_s,
+              uR"([["1",2,"x"]])"_s, uR"({"a":1})"_s, uR"([[1,2,"x"],5])"_s})
+            edited(bad, 12);
+        coordinator->receiveMessage(
+            json(R"({"type":"contentEdited","changes":[[0,0,"x"]],"length":"13"})"));
+        QCoreApplication::processEvents();
+        QCOMPARE(changes.count(), 0);
+
+        // Edits that do not fit: nothing changes, the whole text is asked for, once; edits until
+        // it comes are in it.
+        edited(uR"([[0,0,"x"]])"_s, 40);
+        edited(uR"([[5,1,"x"]])"_s, 12);
+        edited(uR"([[0,0,"x"]])"_s, 14);
+        QCOMPARE(store->currentDocument()->content, u"\ufeffUn\r\ndeux \u00e9\r\n"_s);
+        QCOMPARE(calls.scripts.filter(u"sendContent"_s),
+                 QStringList {u"window.Pagewell && window.Pagewell.sendContent();"_s});
+        QVariantMap whole = json(R"({"type":"contentChanged","markdown":"x\ufeffUn"})");
+        whole.insert(u"path"_s, path);
+        coordinator->receiveMessage(whole);
+        QCoreApplication::processEvents();
+        edited(uR"([[4,4,"!"]])"_s, 5);
+        QCOMPARE(store->currentDocument()->content, u"x\ufeffUn!"_s);
+
+        // A save right after an edit writes it.
+        edited(uR"([[5,5,"\r\n"]])"_s, 7);
+        coordinator->receiveMessage(json(R"({"type":"saveRequested"})"));
+        QCoreApplication::processEvents();
+        QCOMPARE(readFile(path), QByteArray("x\xef\xbb\xbfUn!\r\n"));
+
+        // Edits of the document just left go to its draft, never into the open one.
+        store->openFile(QUrl::fromLocalFile(root + u"/b.md"_s));
+        coordinator->contentCallFinished();
+        edited(uR"([[0,0,"late "]])"_s, 12, path);
+        QCOMPARE(store->currentDocument()->content, u"# b.md\n"_s);
+        store->drafts().waitForWrites();
+        QCOMPARE(store->drafts().find(path, u"x\ufeffUn!\r\n"_s), u"late x\ufeffUn!\r\n"_s);
     }
 
     // A link is followed in a later turn: the target opens, then its heading is asked for; a

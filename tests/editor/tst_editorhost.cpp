@@ -9,6 +9,7 @@
 #include <QQmlExtensionPlugin>
 #include <QQuickItem>
 #include <QQuickView>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QWebEngineContextMenuRequest>
@@ -128,8 +129,8 @@ private Q_SLOTS:
 
     void aSaveFromTheMenuSavesWhatThePageShows()
     {
-        // A large document's text reaches the store only every few hundred milliseconds while
-        // typing; the menu's save must still write the last key.
+        // A large document sends its edits, not its text: the menu's save, asked for in the
+        // same turn as the key, writes it.
         const QString root = folder({u"big.md"_s});
         openLarge(root + u"/big.md"_s, 2'000'000);
         type(u"Z"_s);
@@ -140,8 +141,8 @@ private Q_SLOTS:
 
     void typingNotYetSentReachesItsDocumentsDraft()
     {
-        // A large document's typing reaches the store every few hundred milliseconds; another
-        // file opened meanwhile must not lose it.
+        // A large document's last key, still on its way when another file opens, goes to its
+        // draft.
         const QString root = folder({u"large.md"_s, u"other.md"_s});
         const QByteArray text = openLarge(root + u"/large.md"_s, 300'000);
         type(u"Z"_s);
@@ -152,6 +153,44 @@ private Q_SLOTS:
         store()->drafts().waitForWrites();
         QCOMPARE(store()->drafts().find(root + u"/large.md"_s, QString::fromUtf8(text)),
                  QString::fromUtf8(text + "Z"));
+    }
+
+    // Edits of a large document, through the real channel, leave the store holding exactly the
+    // page's text: CR LF line ends, a byte-order mark, characters outside the BMP.
+    void aLargeDocumentsEditsKeepTheStoreExact()
+    {
+        const QString root = folder({u"crlf.md"_s});
+        QByteArray text = "\xef\xbb\xbf# Grand\r\n";
+        while (text.size() < 400'000)
+            text += "Une ligne \xf0\x9f\x99\x82 de texte \xc3\xa9t\xc3\xa9.\r\n";
+        writeFile(root + u"/crlf.md"_s, text);
+        store()->openFile(QUrl::fromLocalFile(root + u"/crlf.md"_s));
+        QTRY_VERIFY_WITH_TIMEOUT(
+            evaluate(u"window.__pagewellEditor.view.state.doc.length"_s).toInt() > 300'000, 20000);
+        evaluate(
+            u"(() => { const v = window.__pagewellEditor.view; let seed = 3;\n"
+            u"const r = (n) => ((seed = (seed * 1103515245 + 12345) % 2147483648), seed % n);\n"
+            u"const pieces = ['x', '\\n', '\\u{1F600}', 'deux\\nlignes', ''];\n"
+            u"for (let i = 0; i < 80; i++) { const n = v.state.doc.length; const from = r(n);\n"
+            u"  v.dispatch({changes: {from, to: Math.min(n, from + r(3) * r(50)),\n"
+            u"    insert: pieces[r(pieces.length)]}, userEvent: 'input.type'}); }\n"
+            u"return true; })()"_s);
+        const int shown = evaluate(u"(() => { const d = window.__pagewellEditor.view.state.doc; "
+                                   u"return 1 + d.length + d.lines - 1; })()"_s)
+                              .toInt();
+        QTRY_COMPARE_WITH_TIMEOUT(store()->currentDocument()->content.size(), shown, 10000);
+        QVERIFY(store()->currentDocument()->isDirty);
+        // The page's whole text, asked for, is the text its edits built here.
+        const QString built = store()->currentDocument()->content;
+        QSignalSpy changed(store(), &WorkspaceStore::documentTextChanged);
+        QSignalSpy received(m_editor->property("bridge").value<QObject *>(),
+                            SIGNAL(messageReceived(QVariant)));
+        evaluate(u"window.Pagewell.sendContent()"_s);
+        QTRY_COMPARE_WITH_TIMEOUT(received.count(), 1, 10000);
+        QCoreApplication::processEvents();
+        QCOMPARE(changed.count(), 0);
+        QCOMPARE(store()->currentDocument()->content, built);
+        QVERIFY(built.startsWith(u"\ufeff# Grand\r\n"_s));
     }
 
     // Every word of everyday French and English prose is known; a misspelled word in each is

@@ -55,6 +55,24 @@ const pastedLineBreaks = EditorState.transactionFilter.of((tr) => {
   };
 });
 
+// A large document's change as the edits of the text the host holds, every position in that
+// text before the change, in UTF-16 code units: CodeMirror counts a line break as one, the host's
+// text has the document's own (two for CR LF) and the byte-order mark before the first line.
+export function editsMessage(update) {
+  const before = update.startState;
+  const separator = before.lineBreak;
+  const extra = separator.length - 1;
+  const mark = before.facet(byteOrderMark) ? 1 : 0;
+  const at = (pos) => mark + pos + (extra && (before.doc.lineAt(pos).number - 1) * extra);
+  const changes = [];
+  update.changes.iterChanges((fromA, toA, _fromB, _toB, inserted) => {
+    changes.push([at(fromA), at(toA), inserted.sliceString(0, inserted.length, separator)]);
+  });
+  const { doc } = update.state;
+  const length = mark + doc.length + (doc.lines - 1) * extra;
+  return { type: "contentEdited", changes, length, path: update.state.facet(documentPath) };
+}
+
 function outlineMessage(state) {
   const headings = withIds(state.field(outlineField).headings).map(({ id, level, text }) => ({ id, level, text }));
   return { type: "headingsUpdated", headings };
@@ -69,21 +87,17 @@ export function createEditor(parent, { post }) {
   let folder = "";
   let themeName = "light";
   let view = null;
-  let contentTimer = 0;
 
-  // The text carries the path of its document: text still waiting when another document
-  // arrives is sent for the document it belongs to.
+  // The whole text, as the host holds it: the byte-order mark, and the lines joined with the
+  // document's own line breaks. The text carries the path of its document.
   function sendContent(state = view.state) {
-    clearTimeout(contentTimer);
-    contentTimer = 0;
-    // sliceDoc joins the lines with the document's own line breaks.
     const markdown = (state.facet(byteOrderMark) ? "\ufeff" : "") + state.sliceDoc();
     post({ type: "contentChanged", markdown, path: state.facet(documentPath) });
   }
 
-  // What the page posts as the document changes: its text, then its outline. The outline goes
-  // once for each loaded text, as far as it is parsed, then whenever a heading is added, removed
-  // or changed, once it holds the whole document.
+  // What the page posts as the document changes: its text (a large one as its edits), then its
+  // outline. The outline goes once for each loaded text, as far as it is parsed, then whenever a
+  // heading is added, removed or changed, once it holds the whole document.
   const poster = ViewPlugin.fromClass(
     class {
       constructor(editorView) {
@@ -93,11 +107,8 @@ export function createEditor(parent, { post }) {
 
       update(update) {
         if (update.docChanged) {
-          if (update.state.doc.length < LARGE_DOCUMENT) {
-            sendContent(update.state);
-          } else if (!contentTimer) {
-            contentTimer = setTimeout(sendContent, 300);
-          }
+          if (update.state.doc.length < LARGE_DOCUMENT) sendContent(update.state);
+          else post(editsMessage(update));
         }
         const outline = update.state.field(outlineField);
         if (outline !== update.startState.field(outlineField) && outline.changed) this.waiting = true;
@@ -119,8 +130,8 @@ export function createEditor(parent, { post }) {
     return true;
   }
 
+  // Every change has been posted as it was made: the store holds what the page shows.
   function save() {
-    if (contentTimer) sendContent(); // the store must hold the text before it saves
     post({ type: "saveRequested" });
     return true;
   }
@@ -184,10 +195,8 @@ export function createEditor(parent, { post }) {
   // Where each document was left when another replaced it: the line at the top and the caret.
   const positions = new Map();
 
-  // A new document: its text, a fresh undo history, the top of the text in view. Typing not yet
-  // sent goes first, for the document it was typed in.
+  // A new document: its text, a fresh undo history, the top of the text in view.
   function load(markdownText, path) {
-    if (contentTimer) sendContent();
     if (view) {
       const top = view.lineBlockAtHeight(view.scrollDOM.getBoundingClientRect().top - view.documentTop).from;
       positions.set(view.state.facet(documentPath), { top, head: view.state.selection.main.head });
@@ -240,8 +249,6 @@ export function createEditor(parent, { post }) {
     replaceContent(markdownText) {
       if (!view) return;
       const split = splitByteOrderMark(String(markdownText ?? ""));
-      clearTimeout(contentTimer);
-      contentTimer = 0;
       if (split.bom !== view.state.facet(byteOrderMark) || detectLineSeparator(split.text) !== view.state.lineBreak) {
         const top = view.scrollDOM.scrollTop;
         load(String(markdownText ?? ""), currentPath());
@@ -260,6 +267,11 @@ export function createEditor(parent, { post }) {
     // The keyboard to the text, as a click would give it.
     focus() {
       if (view) view.focus();
+    },
+
+    // The host's text no longer matches the page's edits: the whole text, once.
+    sendContent() {
+      if (view) sendContent();
     },
 
     // A save asked for outside the page: the text first, then the request, in one order.

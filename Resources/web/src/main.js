@@ -13,6 +13,7 @@ window.Pagewell = Object.freeze({
   insertText: (text) => editor.insertText(text),
   replaceContent: (markdown) => editor.replaceContent(markdown),
   requestSave: () => editor.requestSave(),
+  sendContent: () => editor.sendContent(),
   focus: () => editor.focus(),
   scrollToHeading: (id) => editor.scrollToHeading(id),
   restorePosition: () => editor.restorePosition(),

@@ -126,6 +126,71 @@ test("typing posts the whole text, and the outline only when it changes", async 
   });
 });
 
+// The host's side of "contentEdited": each change replaces code units of the text before it.
+function applyEdits(text, { changes, length }) {
+  let result = text;
+  for (const [from, to, inserted] of [...changes].reverse()) result = result.slice(0, from) + inserted + result.slice(to);
+  assert.equal(result.length, length, "the length the message announced");
+  return result;
+}
+
+test("a large document posts its edits, which rebuild its exact text; the whole text only when asked", async () => {
+  await withEditor(async ({ page, messages, clearMessages }) => {
+    // CR LF, a lone LF inside a line, a byte-order mark and characters outside the BMP, where the
+    // page's positions and the host's part ways.
+    const line = (i) => `Ligne ${i} 🙂 é\ttexte${i % 7 ? "" : "\nmêlée"}`;
+    const original = "\ufeff" + Array.from({ length: 9000 }, (_, i) => line(i)).join("\r\n");
+    await page.evaluate((t) => window.Pagewell.setContent(t, "/w/grand.md"), original);
+    await clearMessages();
+    await page.click(".cm-content");
+    await page.keyboard.type("ab");
+    await page.keyboard.press("Enter");
+    await page.keyboard.press("Backspace");
+    await page.keyboard.press("Backspace");
+    // Random edits from a fixed seed: insertions of line breaks and emoji, deletions across
+    // lines, several ranges in one change, and undo.
+    await page.evaluate(() => {
+      const view = window.__pagewellEditor.view;
+      let seed = 7;
+      const random = (n) => ((seed = (seed * 1103515245 + 12345) % 2147483648), seed % n);
+      const pieces = ["x", "\n", "😀", "deux\nlignes", "", "\u0301"];
+      for (let i = 0; i < 60; i++) {
+        const length = view.state.doc.length;
+        const from = random(length);
+        const to = Math.min(length, from + random(3) * random(40));
+        if (i % 10 === 9) {
+          const other = Math.min(length, to + 1 + random(5000));
+          view.dispatch({ changes: [{ from, to, insert: "A" }, { from: other, insert: "\nB" }] });
+        } else {
+          view.dispatch({ changes: { from, to, insert: pieces[random(pieces.length)] }, userEvent: "input.type" });
+        }
+      }
+    });
+    await page.keyboard.press("Control+z");
+    await settle(page);
+    const posted = await messages();
+    assert.ok(posted.length > 50);
+    assert.equal(posted.filter((m) => m.type === "contentChanged").length, 0, "never the whole text unasked");
+    let text = original;
+    for (const message of posted.filter((m) => m.type === "contentEdited")) {
+      assert.equal(message.path, "/w/grand.md");
+      text = applyEdits(text, message);
+    }
+    await clearMessages();
+    await page.evaluate(() => window.Pagewell.sendContent());
+    const [whole] = await messages();
+    assert.equal(whole.type, "contentChanged");
+    assert.notEqual(whole.markdown, original);
+    assert.equal(text, whole.markdown);
+
+    // A save asked for right after a key follows the key's edit: nothing waits to be sent.
+    await clearMessages();
+    await page.keyboard.type("Z");
+    await page.evaluate(() => window.Pagewell.requestSave());
+    assert.deepEqual(types(await messages()), ["contentEdited", "saveRequested"]);
+  });
+});
+
 test("insertText replaces the selection and is reported once; themes switch", async () => {
   await withEditor(async ({ page, messages, clearMessages, text }) => {
     await page.evaluate(() => window.Pagewell.setContent("un deux trois", "/w/a.md"));
