@@ -17,21 +17,22 @@ Rectangle {
     // The row gives way from the left: the folder path is cut in its middle first, then the
     // statistics go, then the file name is cut, and last the save button keeps only its symbol.
     // The save button and the outline toggle are always whole.
-    // In a very narrow column the margins and gaps tighten and the file symbol goes too.
+    // The gaps are a little tighter than a toolbar's so that at the window's opening size every
+    // part shows whole; in a very narrow column they tighten more and the file symbol goes too.
     readonly property bool tight: width < 220
-    readonly property real margin: tight ? 8 : 16
-    readonly property real gap: tight ? 6 : 12
-    readonly property real innerGap: tight ? 4 : 8
-    // "Précédent" and "Suivant" lead the row; a very narrow column leaves them to the menu.
-    readonly property real historyWidth: tight ? 0 : back.implicitWidth + forward.implicitWidth + 2 + gap
+    readonly property real margin: tight ? 8 : 12
+    readonly property real gap: tight ? 6 : 10
+    readonly property real innerGap: tight ? 4 : 6
+    // "Précédent" and "Suivant" lead the row, small; a very narrow column leaves them to the menu.
+    readonly property real historyWidth: tight ? 0 : back.implicitWidth + forward.implicitWidth + gap
     readonly property real available: width - 2 * margin - historyWidth
     readonly property real symbolWidth: tight ? 0 : fileIcon.implicitWidth + innerGap
     readonly property real dotWidth: unsaved.visible ? unsaved.implicitWidth + innerGap : 0
     readonly property real identityWidth: symbolWidth + fileName.implicitWidth + dotWidth
     readonly property real endWidth: gap + saveButton.implicitWidth + gap + outlineToggle.implicitWidth + (tight ? 0 : 1 + gap)
     // The statistics in full, or without the reading time, or not at all.
-    readonly property real shortStatisticsWidth: words.implicitWidth + firstBullet.implicitWidth + characters.implicitWidth + 20
-    readonly property real fullStatisticsWidth: shortStatisticsWidth + secondBullet.implicitWidth + readingTime.implicitWidth + 20
+    readonly property real shortStatisticsWidth: words.implicitWidth + firstBullet.implicitWidth + characters.implicitWidth + 2 * statistics.spacing
+    readonly property real fullStatisticsWidth: shortStatisticsWidth + secondBullet.implicitWidth + readingTime.implicitWidth + 2 * statistics.spacing
     readonly property bool showsReadingTime: available >= identityWidth + gap + fullStatisticsWidth + endWidth
     readonly property bool showsStatistics: available >= identityWidth + gap + shortStatisticsWidth + endWidth
     readonly property real statisticsWidth: showsReadingTime ? fullStatisticsWidth : showsStatistics ? shortStatisticsWidth : 0
@@ -55,13 +56,15 @@ Rectangle {
 
         RowLayout {
             visible: !root.tight
-            spacing: 2
+            spacing: 0
 
             SymbolButton {
                 id: back
 
                 objectName: "backButton"
                 symbol: "arrow.backward"
+                symbolSize: 11
+                padding: 2
                 enabled: WorkspaceStore.canGoBack
                 toolTipText: "Précédent"
                 onClicked: WorkspaceStore.goBack()
@@ -71,6 +74,8 @@ Rectangle {
 
                 objectName: "forwardButton"
                 symbol: "arrow.forward"
+                symbolSize: 11
+                padding: 2
                 enabled: WorkspaceStore.canGoForward
                 toolTipText: "Suivant"
                 onClicked: WorkspaceStore.goForward()
@@ -123,7 +128,7 @@ Rectangle {
 
             objectName: "statistics"
             visible: root.showsStatistics
-            spacing: 10
+            spacing: root.tight ? 6 : 8
 
             Label {
                 id: words
@@ -190,8 +195,8 @@ Rectangle {
             font.weight: Font.Medium
             topPadding: 3
             bottomPadding: 3
-            leftPadding: 8
-            rightPadding: 8
+            leftPadding: 6
+            rightPadding: 6
             spacing: 4
             icon.source: Symbols.source(root.model.isDirty ? "square.and.arrow.down.fill" : "checkmark.circle")
             icon.width: 13

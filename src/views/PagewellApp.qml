@@ -26,7 +26,8 @@ ApplicationWindow {
             item[command]();
     }
 
-    width: 1200
+    // Wide enough for the three columns at their own widths, the editor's header whole.
+    width: 1360
     height: 780
     minimumWidth: 800
     minimumHeight: 550

@@ -1,4 +1,5 @@
 import QtQuick
+import QtQuick.Controls
 import QtTest
 import Pagewell
 
@@ -17,6 +18,29 @@ TestCase {
         EditorContainerView {
             height: 300
         }
+    }
+
+    // At the window's opening size (1360 wide, the sidebar at 270 and the outline at 220) a
+    // README at the top of the folder, unsaved, shows every part whole: its name, its path (the
+    // same name), the unsaved mark, the three figures, the save button's word and the toggle.
+    function test_headerWholeAtTheOpeningSize() {
+        const root = fixture.makeFolder(["README.md"]);
+        WorkspaceStore.openFolder(fixture.url(root));
+        WorkspaceStore.updateDocumentContent("# Accueil\n\n" + "Un texte de documentation assez long. ".repeat(120));
+        const pane = createTemporaryObject(narrowPane, test, {
+                "width": 1360 - 270 - 220 - 2
+            });
+        waitForRendering(pane);
+        const header = findChild(pane, "saveButton").parent.parent;
+        for (const name of ["backButton", "forwardButton", "fileName", "unsavedIndicator", "relativePath", "words", "characters", "readingTime", "saveButton", "outlineToggle"]) {
+            const item = findChild(pane, name);
+            const p = item.mapToItem(header, 0, 0);
+            verify(item.visible && item.width >= item.implicitWidth - 0.5, name + " whole: " + item.width + " of " + item.implicitWidth);
+            verify(p.x >= 0 && p.x + item.width <= header.width, name + " inside the header");
+        }
+        compare(findChild(pane, "relativePath").text, "README.md");
+        compare(findChild(pane, "readingTime").text, "~4 min de lecture");
+        compare(findChild(pane, "saveButton").display, AbstractButton.TextBesideIcon);
     }
 
     // The header at every width down to what the editor column keeps at the minimum window size
