@@ -14,15 +14,14 @@ import { defaultKeymap, history, historyKeymap, indentWithTab, isolateHistory } 
 import { bracketMatching, indentOnInput } from "@codemirror/language";
 import { closeBrackets, closeBracketsKeymap } from "@codemirror/autocomplete";
 import { search, searchKeymap } from "@codemirror/search";
-import { markdown, markdownLanguage } from "@codemirror/lang-markdown";
 import { codeLanguages } from "./codeLanguages.js";
+import { markdownSyntax } from "./markdownSyntax.js";
 
 import { appearance } from "./theme.js";
 import { blockStyles } from "./blockStyles.js";
-import { frontMatter } from "./frontMatter.js";
 import { frenchPhrases } from "./phrases.js";
 import { wrapSelectionInMarkers } from "./emphasis.js";
-import { completeOutline, outlineComplete, outlineField, outlineParser, slugify, withIds } from "./outline.js";
+import { completeOutline, outlineBlocks, outlineComplete, outlineField, outlineParser, slugify, withIds } from "./outline.js";
 import { linkAt, linkHints } from "./links.js";
 import { readFacts, setLinkFacts } from "./linkFacts.js";
 import { pictures } from "./pictures.js";
@@ -136,6 +135,7 @@ export function createEditor(parent, { post }) {
     return true;
   }
 
+  const syntax = markdownSyntax(codeLanguages);
   // Editing as people expect it of a text editor, in French.
   const editingBasics = [
     history(),
@@ -152,7 +152,8 @@ export function createEditor(parent, { post }) {
     EditorState.languageData.of(() => [{ closeBrackets: { brackets: ["(", "[", "{", '"'] } }]),
     wrapSelectionInMarkers,
     search({ top: true }),
-    markdown({ base: markdownLanguage, codeLanguages, extensions: [frontMatter] }),
+    syntax.support,
+    outlineBlocks.of(syntax.outlineBlocks),
     keymap.of([
       { key: "Mod-s", run: save, preventDefault: true },
       { key: "Mod-Enter", run: () => followLinkAt(view.state.selection.main.head) },

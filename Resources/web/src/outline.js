@@ -9,7 +9,7 @@
 // would make it parse the whole document again on every key. So for the part its tree does not
 // cover, `outlineParser` runs the same parser over the document in idle time, takes the headings
 // from that tree and lets it go.
-import { StateEffect, StateField } from "@codemirror/state";
+import { Facet, StateEffect, StateField } from "@codemirror/state";
 import { ViewPlugin } from "@codemirror/view";
 import { DocInput, language, syntaxTree } from "@codemirror/language";
 import { TreeFragment } from "@lezer/common";
@@ -227,6 +227,10 @@ export function blocksOnly(parser) {
   return blocks;
 }
 
+// The parser the idle parse runs: by default the editor's own without its inline parsers. The page
+// gives one that also leaves the code inside fenced blocks alone.
+export const outlineBlocks = Facet.define({ combine: (parsers) => parsers[0] || null });
+
 const requestIdle =
   typeof requestIdleCallback === "function"
     ? (f) => requestIdleCallback(f, { timeout: 500 })
@@ -286,7 +290,8 @@ export const outlineParser = ViewPlugin.fromClass(
         this.doc = state.doc;
         const tree = syntaxTree(state);
         const fragments = TreeFragment.addTree(tree, this.fragments, tree.length < state.doc.length);
-        this.parse = blocksOnly(state.facet(language).parser).startParse(new DocInput(state.doc), fragments, [
+        const parser = state.facet(outlineBlocks) || blocksOnly(state.facet(language).parser);
+        this.parse = parser.startParse(new DocInput(state.doc), fragments, [
           { from: 0, to: state.doc.length },
         ]);
       }

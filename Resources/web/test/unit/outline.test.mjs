@@ -5,6 +5,9 @@ import { DocInput, ensureSyntaxTree, language } from "@codemirror/language";
 import { markdown, markdownLanguage } from "@codemirror/lang-markdown";
 import { frontMatter } from "../../src/frontMatter.js";
 import { blocksOnly, fromTree, headingText, outlineField, slugify, withIds } from "../../src/outline.js";
+import { markdownSyntax } from "../../src/markdownSyntax.js";
+import { rustLanguage } from "@codemirror/lang-rust";
+import { TreeFragment } from "@lezer/common";
 
 const markdownSupport = markdown({ base: markdownLanguage, extensions: [frontMatter] });
 const stateOf = (text) => EditorState.create({ doc: text, extensions: [markdownSupport, outlineField] });
@@ -32,6 +35,37 @@ test("the outline lists what the editor styles as headings, with the reader's te
   // Without a closing line there is no front matter: a rule, then a Setext heading.
   assert.deepEqual(outline("---\ntitle\n===\n"), ["2:1:title"]);
   assert.deepEqual(outline("# A\r\n```\r\n# B\r\n"), ["1:1:A"]);
+});
+
+test("the idle parse reads the editor's headings without parsing the code of fenced blocks", () => {
+  let asked = 0;
+  const { support, outlineBlocks } = markdownSyntax((info) => (asked++, info === "rust" ? rustLanguage : null));
+  const block = ["```rust", "#[derive(Debug)]", "# pas un titre", "fn main() {}", "```"];
+  const lines = [];
+  for (let i = 0; i < 40; i++) lines.push(`## Chapitre ${i}`, "", "Du texte.", "", ...block, "");
+  const state = EditorState.create({ doc: lines.join("\n"), extensions: [support, outlineField] });
+  ensureSyntaxTree(state, state.doc.length, 1e9);
+  assert.ok(asked >= 40, "the editor highlights the code in its language");
+  const expected = state.update({}).state.field(outlineField).headings;
+  assert.equal(expected.length, 40);
+
+  asked = 0;
+  const alone = outlineBlocks.parse(new DocInput(state.doc));
+  assert.equal(asked, 0, "the outline's parse asked for a code language");
+  assert.deepEqual(fromTree(state.doc, alone).headings, expected);
+
+  // It takes over where the editor's tree of the first half stops, after an edit, as the page does.
+  const half = EditorState.create({ doc: state.doc, extensions: [support] });
+  const partial = ensureSyntaxTree(half, state.doc.length / 2, 1e9);
+  const edited = half.update({ changes: { from: 0, insert: "# Avant\n\n" } }).state;
+  const fragments = TreeFragment.applyChanges(TreeFragment.addTree(partial, [], true), [
+    { fromA: 0, toA: 0, fromB: 0, toB: 9 },
+  ]);
+  const resumed = outlineBlocks.parse(new DocInput(edited.doc), fragments);
+  assert.deepEqual(
+    fromTree(edited.doc, resumed).headings.map((h) => [h.from, h.level, h.text]),
+    [[0, 1, "Avant"], ...expected.map((h) => [h.from + 9, h.level, h.text])],
+  );
 });
 
 test("heading text drops the markup a reader does not see", () => {
