@@ -5,6 +5,11 @@
 //   pagewell-bench search DIR QUERY [--engine bytes|unicode] [--repeat N] [--quiet]
 //       every hit as relativePath<TAB>lineNumber<TAB>lineContent, files in result order, then
 //       the hit and file counts (and the median time with --repeat)
+//   pagewell-bench quickopen DIR QUERY [--copies N] [--list]
+//       the documents "Aller au fichier..." lists for QUERY, best first, one relative path a
+//       line; on stderr the time of each key as one types QUERY (median of 15). --copies N
+//       ranks the folder's documents N times, under copy2/, copy3/..., for a longer list;
+//       --list prints that whole list instead, for fzf.
 //   pagewell-bench links DIR [--repeat N]
 //       the link index of DIR: time to build it, its memory, then for the most linked document
 //       the time to find the documents linking to it, to plan its rename and to list its
@@ -12,6 +17,7 @@
 #include "services/FileSystemService.h"
 #include "services/LinkResolver.h"
 #include "services/SearchService.h"
+#include "workspace/DocumentFinder.h"
 #include "workspace/FolderOperations.h"
 #include "workspace/LinkIndex.h"
 
@@ -244,6 +250,55 @@ int intOption(const QStringList &args, const QString &name, int fallback)
     return at > 0 && at + 1 < args.size() ? std::max(1, args.at(at + 1).toInt()) : fallback;
 }
 
+int quickOpen(const QString &dir, const QString &query, int copies, bool list)
+{
+    const FileSystemService service;
+    const QUrl url = QUrl::fromLocalFile(dir);
+    const QString root = QDir(dir).absolutePath();
+    const QStringList documents = service.collectDocumentPaths(service.scanDirectory(url));
+    QStringList paths = documents;
+    for (int copy = 2; copy <= copies; ++copy) {
+        for (const QString &path : documents)
+            paths.append(root + QStringLiteral("/copy") + QString::number(copy)
+                         + path.mid(root.size()));
+    }
+    DocumentFinder finder;
+    finder.setDocuments(paths, root);
+    QTextStream out(stdout);
+    if (list) {
+        for (const QString &path : paths)
+            out << finder.relativePath(path) << '\n';
+        return 0;
+    }
+    // Each key as typed, the finder narrowing from the previous one, fifteen times over.
+    std::vector<std::vector<double>> perKey(std::size_t(query.size()));
+    std::vector<qsizetype> found;
+    for (int round = 0; round < 15; ++round) {
+        finder.setDocuments(paths, root);
+        for (qsizetype key = 1; key <= query.size(); ++key) {
+            QElapsedTimer timer;
+            timer.start();
+            found = finder.rank(query.left(key), {});
+            perKey[std::size_t(key - 1)].push_back(double(timer.nsecsElapsed()) / 1e6);
+        }
+    }
+    for (qsizetype index : found)
+        out << finder.relativePath(finder.path(index)) << '\n';
+    out.flush();
+    QTextStream err(stderr);
+    double slowest = 0;
+    for (std::size_t key = 0; key < perKey.size(); ++key) {
+        std::sort(perKey[key].begin(), perKey[key].end());
+        const double median = perKey[key][perKey[key].size() / 2];
+        slowest = std::max(slowest, median);
+        err << "key " << key + 1 << " \"" << query.left(qsizetype(key) + 1) << "\": " << median
+            << " ms\n";
+    }
+    err << "paths\t" << paths.size() << "\nmatches\t" << found.size() << "\nslowest_key_ms\t"
+        << slowest << '\n';
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -261,6 +316,9 @@ int main(int argc, char *argv[])
                       unicode ? SearchService::Engine::Unicode : SearchService::Engine::Bytes,
                       repeat, args.contains(QStringLiteral("--quiet")));
     }
+    if (args.size() >= 4 && args.at(1) == u"quickopen")
+        return quickOpen(args.at(2), args.at(3), intOption(args, QStringLiteral("--copies"), 1),
+                         args.contains(QStringLiteral("--list")));
     if (args.size() >= 3 && args.at(1) == u"links")
         return links(args.at(2), repeat);
     if (args.size() >= 4 && args.at(1) == u"link")
@@ -268,6 +326,7 @@ int main(int argc, char *argv[])
     err << "usage: pagewell-bench scan DIR [--repeat N]\n"
            "       pagewell-bench link DIR TARGET [--repeat N]\n"
            "       pagewell-bench links DIR [--repeat N]\n"
+           "       pagewell-bench quickopen DIR QUERY [--copies N] [--list]\n"
            "       pagewell-bench search DIR QUERY [--engine bytes|unicode] [--repeat N] "
            "[--quiet]\n";
     return 2;

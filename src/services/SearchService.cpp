@@ -107,6 +107,8 @@ std::vector<Hit> lineHitsInText(const QString &query, const QByteArray &bytes)
         if (line.contains(query, Qt::CaseInsensitive))
             hits.push_back({lineNumber, trimSpacesAndTabs(line)});
         ++lineNumber;
+        if (i + 1 < text.size() && text[i] == u'\r' && text[i + 1] == u'\n')
+            ++i; // one line end
         start = i + 1;
     }
     return hits;

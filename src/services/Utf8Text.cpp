@@ -144,6 +144,8 @@ const char *startOfLine(const char *from, const char *at, std::size_t &lineEnds)
     for (const unsigned char *end = nextLineEnd(p, e); end < e; end = nextLineEnd(p, e)) {
         ++lineEnds;
         p = end + lineEndLength(end, e);
+        if (*end == '\r' && p < e && *p == '\n')
+            ++p; // a CR LF pair ends one line, as in the editor
     }
     return reinterpret_cast<const char *>(p);
 }

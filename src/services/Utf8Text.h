@@ -3,8 +3,8 @@
 #include <cstddef>
 
 // Byte-level helpers over UTF-8 text, for scanning many documents without decoding them.
-// A line ends at each of LF, VT, FF, CR, NEL (U+0085), U+2028 and U+2029; a CR LF pair is two
-// line ends.
+// A line ends at each of LF, VT, FF, CR, NEL (U+0085), U+2028 and U+2029; a CR LF pair is one
+// line end, as the editor counts lines.
 namespace Utf8Text {
 
 // Strict validity, as a strict decoder sees it: no overlong forms, no encoded surrogates, nothing

@@ -130,6 +130,14 @@ ApplicationWindow {
             title: "Aller"
 
             Action {
+                text: "Aller au fichier..."
+                shortcut: "Ctrl+P"
+                enabled: WorkspaceStore.hasFolder
+                onTriggered: quickOpen.show()
+            }
+            MenuSeparator {
+            }
+            Action {
                 text: "Précédent"
                 shortcut: "Alt+Left"
                 enabled: WorkspaceStore.canGoBack
@@ -243,6 +251,10 @@ ApplicationWindow {
             permanentDeletion.itemName = name;
             permanentDeletion.open();
         }
+    }
+
+    QuickOpenPanel {
+        id: quickOpen
     }
 
     FolderDialog {

@@ -3,7 +3,20 @@
 void NavigationHistory::clear()
 {
     m_paths.clear();
+    m_recent.clear();
     m_index = -1;
+}
+
+void NavigationHistory::touch(const QString &path)
+{
+    m_recent.removeOne(path);
+    m_recent.prepend(path);
+}
+
+void NavigationHistory::arrive(qsizetype index)
+{
+    m_index = index;
+    touch(m_paths.at(index));
 }
 
 void NavigationHistory::visit(const QString &path)
@@ -12,6 +25,7 @@ void NavigationHistory::visit(const QString &path)
     if (m_paths.isEmpty() || m_paths.last() != path)
         m_paths.append(path);
     m_index = m_paths.size() - 1;
+    touch(path);
 }
 
 qsizetype NavigationHistory::find(int step, const std::function<bool(const QString &)> &exists)
@@ -31,5 +45,7 @@ qsizetype NavigationHistory::find(int step, const std::function<bool(const QStri
 void NavigationHistory::replacePaths(const std::function<QString(const QString &)> &moved)
 {
     for (QString &path : m_paths)
+        path = moved(path);
+    for (QString &path : m_recent)
         path = moved(path);
 }

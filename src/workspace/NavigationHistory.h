@@ -22,11 +22,17 @@ public:
     qsizetype find(int step, const std::function<bool(const QString &)> &exists);
     const QString &at(qsizetype index) const { return m_paths.at(index); }
     // The entry found was opened: it is the one shown now.
-    void arrive(qsizetype index) { m_index = index; }
+    void arrive(qsizetype index);
+    // Every document opened in the window, once each, the most recent first (going back and
+    // forth included).
+    const QStringList &recent() const { return m_recent; }
     // Entries follow a renamed or moved document.
     void replacePaths(const std::function<QString(const QString &)> &moved);
 
 private:
+    void touch(const QString &path);
+
     QStringList m_paths; // oldest first
+    QStringList m_recent;
     qsizetype m_index = -1;
 };

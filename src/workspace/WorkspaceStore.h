@@ -213,6 +213,8 @@ public:
     bool canGoBack() const { return m_history.canGoBack(); }
     bool canGoForward() const { return m_history.canGoForward(); }
     Q_INVOKABLE void goBack() { travel(-1); }
+    // The documents opened in this window, the most recent first (historyChanged tells).
+    const QStringList &recentDocumentPaths() const { return m_history.recent(); }
     Q_INVOKABLE void goForward() { travel(1); }
 
     // The answers of the bar above the editor. "Rétablir" takes the offered draft (modified, not

@@ -96,7 +96,10 @@ private Q_SLOTS:
     void countsEveryKindOfLineEnd()
     {
         Workspace w;
+        // A CR LF pair ends one line, as in the editor; a CR or LF alone ends one too, and
+        // LF CR is two line ends.
         w.add(u"crlf.md"_s, "one\r\ntwo\r\nthree match\r\n");
+        w.add(u"lone.md"_s, "a\rb\n\rc\r\r\nmatch\r\n");
         // Å (C3 85) ends no line, though NEL (C2 85) ends in the same byte.
         w.add(u"mixed.md"_s,
               "a\rb\x0Bg\x0Ch\xC2\x85i\xC3\x85\xE2\x80\xA8j\xE2\x80\xA9match\nmatch");
@@ -106,8 +109,8 @@ private Q_SLOTS:
         w.add(u"trailing.md"_s, "x\nmatch  \t");
         QCOMPARE(
             hits(w.search(u"match"_s)),
-            (QStringList {u"bom.md:1:match at the start"_s, u"crlf.md:5:three match"_s,
-                          u"mixed.md:7:match"_s, u"mixed.md:8:match"_s, u"trailing.md:2:match"_s}));
+            (QStringList {u"bom.md:1:match at the start"_s, u"crlf.md:3:three match"_s,
+                          u"lone.md:6:match"_s, u"mixed.md:7:match"_s, u"mixed.md:8:match"_s, u"trailing.md:2:match"_s}));
     }
 
     void searchesOnlyDocuments()

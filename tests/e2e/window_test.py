@@ -95,6 +95,17 @@ def main():
         press(wait_for("the clear button", lambda: s.named("push button", "Effacer la recherche")))
         wait_for("the tree again", lambda: s.row("guide"))
 
+        # "Aller au fichier..." (Ctrl+P): letters of the path in order, Return opens.
+        key("ctrl+p")
+        wait_for("the quick open field", lambda: s.named("text", "Nom du document"))
+        time.sleep(0.3)
+        type_text("gdstar")
+        wait_for("the only match", lambda: s.named("list item", "start.md, guide")
+                 and s.named("list", "Documents").description == "1 document")
+        key("Return")
+        wait_for("start.md from the panel", lambda: s.label("guide/start.md")
+                 and not s.named("text", "Nom du document"))
+
         # A new file through the folder's context menu and its sheet.
         click(s.row("guide"), "3")
         press(wait_for("the menu item", lambda: s.named("menu item", "Nouveau fichier Markdown")))
@@ -186,7 +197,7 @@ def main():
         s.shot("e2e-restored")
     finally:
         s.finish()
-    print("PASS: tree, typing and Ctrl+S, search, new file, delete, links, addresses, hand-over, "
+    print("PASS: tree, typing and Ctrl+S, search, go to a file, new file, delete, links, addresses, hand-over, "
           "restart")
     print("1 passed, 0 failed")
 

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QString>
+#include <QStringView>
+
+#include <string>
+
+// Matches a few typed letters against a document's path, as one looks for a file whose name one
+// half remembers: the letters in order, not necessarily together, without regard to case or
+// accents. A match scores higher when its letters start the name or its words and when they run
+// together; every letter in the file name beats a match that needs the folders.
+class FuzzyMatcher
+{
+public:
+    // A path or a query folded for matching: lower case, accents dropped, ligatures spelled out
+    // (é = e, ç = c, œ = oe, ß = ss). `starts` marks, per folded unit, where a word begins: 2 at
+    // the name's or a folder's start, 1 after a space, dash, underscore or dot, or at a capital
+    // after a small letter.
+    struct Folded
+    {
+        std::u16string text;
+        std::string starts;
+        qsizetype nameStart = 0; // where the file name begins in `text`
+    };
+    static Folded fold(QStringView path);
+
+    explicit FuzzyMatcher(QStringView query);
+
+    bool isEmpty() const { return m_query.empty(); }
+    // Whether the query's letters occur in `path` in order: a cheap test before scoring.
+    bool accepts(const Folded &path) const;
+    // The match's score, higher is better, or -1 when the letters are not all there. Matches
+    // that lie wholly in the file name score above every match that does not.
+    int score(const Folded &path) const;
+
+    static constexpr int nameTier = 1 << 20;
+
+private:
+    int bestAlignment(const Folded &path, qsizetype from) const;
+
+    std::u16string m_query;
+};

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "services/FileSystemService.h"
+#include "workspace/DocumentFinder.h"
+#include "workspace/WorkspaceStore.h"
+
+#include <QAbstractListModel>
+#include <QPointer>
+#include <QtQml/qqmlregistration.h>
+
+#include <vector>
+
+// The list of "Aller au fichier...": the open folder's documents matching the typed letters,
+// best first, or with nothing typed the documents opened in this window, most recent first.
+// Reads the tree's own list of documents, so a new document is there at once.
+class QuickOpenModel : public QAbstractListModel
+{
+    Q_OBJECT
+    QML_ELEMENT
+    Q_PROPERTY(WorkspaceStore *store READ store WRITE setStore NOTIFY storeChanged)
+    Q_PROPERTY(QString query READ query WRITE setQuery NOTIFY queryChanged)
+    Q_PROPERTY(int count READ count NOTIFY countChanged)
+
+public:
+    enum Role { NameRole = Qt::UserRole + 1, FolderRole, UrlRole, AccessibleNameRole };
+    Q_ENUM(Role)
+
+    explicit QuickOpenModel(QObject *parent = nullptr);
+
+    WorkspaceStore *store() const { return m_store; }
+    void setStore(WorkspaceStore *store);
+    const QString &query() const { return m_query; }
+    void setQuery(const QString &query);
+    int count() const { return int(m_rows.size()); }
+
+    int rowCount(const QModelIndex &parent = QModelIndex()) const override;
+    QVariant data(const QModelIndex &index, int role) const override;
+    QHash<int, QByteArray> roleNames() const override;
+
+    // Opens the document of `row` as a click in the tree would.
+    Q_INVOKABLE void open(int row);
+    // Reads the folder's documents again if they changed, and the list with them: called when
+    // the panel shows.
+    Q_INVOKABLE void refresh();
+
+Q_SIGNALS:
+    void storeChanged();
+    void queryChanged();
+    void countChanged();
+
+private:
+    void update();
+
+    QPointer<WorkspaceStore> m_store;
+    FileSystemService m_fileSystem;
+    DocumentFinder m_finder;
+    bool m_stale = true;
+    QString m_query;
+    std::vector<qsizetype> m_rows;
+};
