@@ -36,13 +36,19 @@ void QuickOpenModel::setQuery(const QString &query)
     update();
 }
 
-void QuickOpenModel::refresh()
+void QuickOpenModel::setActive(bool active)
 {
+    if (active == m_active)
+        return;
+    m_active = active;
+    Q_EMIT activeChanged();
     update();
 }
 
 void QuickOpenModel::update()
 {
+    if (!m_active)
+        return;
     if (m_stale) {
         const bool hasRoot = m_store && m_store->rootItem();
         m_finder.setDocuments(hasRoot ? m_fileSystem.collectDocumentPaths(*m_store->rootItem())

@@ -20,6 +20,9 @@ class QuickOpenModel : public QAbstractListModel
     Q_PROPERTY(WorkspaceStore *store READ store WRITE setStore NOTIFY storeChanged)
     Q_PROPERTY(QString query READ query WRITE setQuery NOTIFY queryChanged)
     Q_PROPERTY(int count READ count NOTIFY countChanged)
+    // Only a shown panel follows the folder: reading 100,000 paths again on every change of the
+    // tree while nobody looks would cost the window its frames.
+    Q_PROPERTY(bool active READ isActive WRITE setActive NOTIFY activeChanged)
 
 public:
     enum Role { NameRole = Qt::UserRole + 1, FolderRole, UrlRole, AccessibleNameRole };
@@ -32,6 +35,8 @@ public:
     const QString &query() const { return m_query; }
     void setQuery(const QString &query);
     int count() const { return int(m_rows.size()); }
+    bool isActive() const { return m_active; }
+    void setActive(bool active);
 
     int rowCount(const QModelIndex &parent = QModelIndex()) const override;
     QVariant data(const QModelIndex &index, int role) const override;
@@ -39,14 +44,12 @@ public:
 
     // Opens the document of `row` as a click in the tree would.
     Q_INVOKABLE void open(int row);
-    // Reads the folder's documents again if they changed, and the list with them: called when
-    // the panel shows.
-    Q_INVOKABLE void refresh();
 
 Q_SIGNALS:
     void storeChanged();
     void queryChanged();
     void countChanged();
+    void activeChanged();
 
 private:
     void update();
@@ -55,6 +58,7 @@ private:
     FileSystemService m_fileSystem;
     DocumentFinder m_finder;
     bool m_stale = true;
+    bool m_active = false;
     QString m_query;
     std::vector<qsizetype> m_rows;
 };

@@ -14,7 +14,6 @@ Popup {
 
     function show() {
         field.text = "";
-        finder.refresh();
         open();
     }
 
@@ -51,6 +50,7 @@ Popup {
         id: finder
 
         store: WorkspaceStore
+        active: panel.visible
         query: field.text
         onModelReset: documents.currentIndex = count > 0 ? 0 : -1
     }

@@ -2,6 +2,7 @@
 #include "EditorHeaderModel.h"
 #include "FolderTreeModel.h"
 #include "OutlineModel.h"
+#include "QuickOpenModel.h"
 #include "SearchResultsModel.h"
 #include "model/DocumentStatistics.h"
 #include "model/FileUrl.h"
@@ -204,6 +205,35 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(model.sizeText(), u"Taille : 5.0 kB"_s, 2000);
         QFile::remove(path);
         QTRY_COMPARE_WITH_TIMEOUT(model.sizeText(), u"Taille : -"_s, 2000);
+    }
+
+    void quickOpenFollowsTheFolderWhileShown()
+    {
+        auto store = makeStore();
+        const QString root = folder({u"README.md"_s, u"guide/install.md"_s, u"api/index.md"_s});
+        store->openFolder(QUrl::fromLocalFile(root));
+        QuickOpenModel model;
+        QAbstractItemModelTester tester(&model);
+        model.setStore(store.get());
+        model.setQuery(u"inst"_s);
+        QCOMPARE(model.count(), 0); // hidden: nothing read
+
+        model.setActive(true);
+        QCOMPARE(column(model, QuickOpenModel::NameRole), QStringList {u"install.md"_s});
+        QCOMPARE(column(model, QuickOpenModel::FolderRole), QStringList {u"guide"_s});
+        QCOMPARE(column(model, QuickOpenModel::AccessibleNameRole),
+                 QStringList {u"install.md, guide"_s});
+        // A new document is in the list at once, from the tree.
+        store->createNewFile(u"instances"_s, QUrl::fromLocalFile(root));
+        QCOMPARE(column(model, QuickOpenModel::NameRole),
+                 (QStringList {u"instances.md"_s, u"install.md"_s}));
+        // Nothing typed: the documents opened, the most recent first; Return opens.
+        model.setQuery(QString());
+        QCOMPARE(column(model, QuickOpenModel::NameRole),
+                 (QStringList {u"instances.md"_s, u"README.md"_s}));
+        model.setQuery(u"apiidx"_s);
+        model.open(0);
+        QCOMPARE(store->currentDocument()->fileURL, QUrl::fromLocalFile(root + u"/api/index.md"_s));
     }
 
     void headerTextsAndRelativePath()
