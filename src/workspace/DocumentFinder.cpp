@@ -67,9 +67,7 @@ std::vector<qsizetype> DocumentFinder::rank(const QString &query, const QStringL
         return found;
     }
 
-    // The folded query decides narrowing: "Ins" and "ins" are the same query.
-    QString folded = QString::fromStdU16String(FuzzyMatcher::fold(query).text);
-    folded.remove(u' ');
+    const QString folded = QString::fromStdU16String(matcher.letters());
     std::vector<qsizetype> candidates;
     if (m_hasLast && folded.startsWith(m_lastQuery)) {
         candidates = std::move(m_lastMatches);

@@ -107,10 +107,10 @@ private Q_SLOTS:
               "\xEF\xBB\xBF"
               "match at the start\n");
         w.add(u"trailing.md"_s, "x\nmatch  \t");
-        QCOMPARE(
-            hits(w.search(u"match"_s)),
-            (QStringList {u"bom.md:1:match at the start"_s, u"crlf.md:3:three match"_s,
-                          u"lone.md:6:match"_s, u"mixed.md:7:match"_s, u"mixed.md:8:match"_s, u"trailing.md:2:match"_s}));
+        QCOMPARE(hits(w.search(u"match"_s)),
+                 (QStringList {u"bom.md:1:match at the start"_s, u"crlf.md:3:three match"_s,
+                               u"lone.md:6:match"_s, u"mixed.md:7:match"_s, u"mixed.md:8:match"_s,
+                               u"trailing.md:2:match"_s}));
     }
 
     void searchesOnlyDocuments()
