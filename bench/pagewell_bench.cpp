@@ -2,9 +2,15 @@
 // that compare results.
 //   pagewell-bench scan DIR [--repeat N]
 //       entries in the sorted tree and the median time to scan it
-//   pagewell-bench search DIR QUERY [--engine bytes|unicode] [--repeat N] [--quiet]
+//   pagewell-bench search DIR QUERY [--engine bytes|unicode] [--case] [--word] [--regex]
+//                  [--repeat N] [--quiet]
 //       every hit as relativePath<TAB>lineNumber<TAB>lineContent, files in result order, then
-//       the hit and file counts (and the median time with --repeat)
+//       the hit and file counts (and the median time with --repeat); --case, --word and --regex
+//       are the search panel's three toggles
+//   pagewell-bench replace DIR QUERY REPLACEMENT [--documents N]
+//       "Tout remplacer" through the store, in a scratch copy of the first N documents of DIR
+//       (1,000 unless told): the time until every file is written, and the longest the store's
+//       thread went without running its event loop meanwhile
 //   pagewell-bench quickopen DIR QUERY [--copies N] [--list]
 //       the documents "Aller au fichier..." lists for QUERY, best first, one relative path a
 //       line; on stderr the time of each key as one types QUERY (median of 15). --copies N
@@ -20,13 +26,17 @@
 #include "workspace/DocumentFinder.h"
 #include "workspace/FolderOperations.h"
 #include "workspace/LinkIndex.h"
+#include "workspace/WorkspaceStore.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFileInfo>
+#include <QSettings>
 #include <QStringEncoder>
 #include <QTemporaryDir>
 #include <QTextStream>
+#include <QTimer>
 #include <QUrl>
 
 #include <algorithm>
@@ -63,8 +73,8 @@ int scan(const QString &dir, int repeat)
     return 0;
 }
 
-int search(const QString &dir, const QString &query, SearchService::Engine engine, int repeat,
-           bool quiet)
+int search(const QString &dir, const QString &query, SearchService::Engine engine,
+           SearchOptions options, int repeat, bool quiet)
 {
     const QUrl url = QUrl::fromLocalFile(dir);
     const FileItem root = FileSystemService().scanDirectory(url);
@@ -74,7 +84,7 @@ int search(const QString &dir, const QString &query, SearchService::Engine engin
     for (int i = 0; i < repeat; ++i) {
         QElapsedTimer timer;
         timer.start();
-        results = service.search(query, root, url);
+        results = service.search(query, root, url, nullptr, options);
         times.push_back(double(timer.nsecsElapsed()) / 1e6);
     }
     // Written as UTF-8 straight into one block buffer, whatever the locale.
@@ -299,6 +309,58 @@ int quickOpen(const QString &dir, const QString &query, int copies, bool list)
     return 0;
 }
 
+int replace(const QString &dir, const QString &query, const QString &replacement, int documents)
+{
+    const FileSystemService service;
+    const QString source = QDir(dir).absolutePath();
+    const QStringList paths
+        = service.collectDocumentPaths(service.scanDirectory(QUrl::fromLocalFile(source)));
+    QTemporaryDir scratch;
+    const QString copy = scratch.filePath(QStringLiteral("docs"));
+    for (const QString &path : paths.mid(0, documents)) {
+        const QString target = copy + path.mid(source.size());
+        QDir().mkpath(QFileInfo(target).path());
+        QFile::copy(path, target);
+    }
+    WorkspaceStore store(std::make_unique<QSettings>(scratch.filePath(QStringLiteral("s.ini")),
+                                                     QSettings::IniFormat),
+                         scratch.filePath(QStringLiteral("drafts")));
+    store.openFolder(QUrl::fromLocalFile(copy));
+    store.updateSearch(query);
+    while (store.isSearching())
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    qsizetype hits = 0;
+    const qsizetype files = store.searchResults().size();
+    for (const FileSearchResults &file : store.searchResults())
+        hits += file.matches.size();
+
+    // A timer ticking as fast as it can: the widest gap between ticks is the longest stall.
+    QElapsedTimer clock;
+    qint64 last = 0;
+    qint64 longest = 0;
+    QTimer tick;
+    tick.setInterval(0);
+    QObject::connect(&tick, &QTimer::timeout, [&] {
+        const qint64 now = clock.nsecsElapsed();
+        longest = std::max(longest, now - last);
+        last = now;
+    });
+    clock.start();
+    tick.start();
+    store.replaceAll(replacement);
+    const qint64 called = clock.nsecsElapsed();
+    longest = std::max(longest, called);
+    last = called;
+    while (store.isReplacing())
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    const double written = double(clock.nsecsElapsed()) / 1e6;
+    tick.stop();
+    QTextStream(stdout) << "files\t" << files << "\nhits\t" << hits << "\nmessage\t"
+                        << store.operationMessage() << "\nwritten_ms\t" << written
+                        << "\nlongest_stall_ms\t" << double(longest) / 1e6 << '\n';
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -312,10 +374,16 @@ int main(int argc, char *argv[])
     if (args.size() >= 4 && args.at(1) == u"search") {
         const qsizetype at = args.indexOf(QStringLiteral("--engine"));
         const bool unicode = at > 0 && at + 1 < args.size() && args.at(at + 1) == u"unicode";
+        const SearchOptions options {args.contains(QStringLiteral("--case")),
+                                     args.contains(QStringLiteral("--word")),
+                                     args.contains(QStringLiteral("--regex"))};
         return search(args.at(2), args.at(3),
                       unicode ? SearchService::Engine::Unicode : SearchService::Engine::Bytes,
-                      repeat, args.contains(QStringLiteral("--quiet")));
+                      options, repeat, args.contains(QStringLiteral("--quiet")));
     }
+    if (args.size() >= 5 && args.at(1) == u"replace")
+        return replace(args.at(2), args.at(3), args.at(4),
+                       intOption(args, QStringLiteral("--documents"), 1000));
     if (args.size() >= 4 && args.at(1) == u"quickopen")
         return quickOpen(args.at(2), args.at(3), intOption(args, QStringLiteral("--copies"), 1),
                          args.contains(QStringLiteral("--list")));
@@ -327,7 +395,8 @@ int main(int argc, char *argv[])
            "       pagewell-bench link DIR TARGET [--repeat N]\n"
            "       pagewell-bench links DIR [--repeat N]\n"
            "       pagewell-bench quickopen DIR QUERY [--copies N] [--list]\n"
-           "       pagewell-bench search DIR QUERY [--engine bytes|unicode] [--repeat N] "
-           "[--quiet]\n";
+           "       pagewell-bench search DIR QUERY [--engine bytes|unicode] [--case] [--word] "
+           "[--regex] [--repeat N] [--quiet]\n"
+           "       pagewell-bench replace DIR QUERY REPLACEMENT [--documents N]\n";
     return 2;
 }

@@ -63,6 +63,10 @@ void Coordinator::setStore(WorkspaceStore *store)
                 });
         connect(store, &WorkspaceStore::lineRevealRequest, this,
                 [this](int line) { Q_EMIT scriptRequested(EditorScripts::lineCall(line), false); });
+        connect(store, &WorkspaceStore::matchRevealRequest, this,
+                [this](int line, int from, int to) {
+                    Q_EMIT scriptRequested(EditorScripts::matchCall(line, from, to), false);
+                });
         // The page's text reaches the store before the save: its messages keep their order.
         connect(store, &WorkspaceStore::saveRequest, this,
                 [this] { Q_EMIT saveScriptRequested(EditorScripts::saveCall()); });

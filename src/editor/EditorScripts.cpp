@@ -130,4 +130,10 @@ QString lineCall(int line)
     return u"window.Pagewell && window.Pagewell.revealLine(%1);"_s.arg(line);
 }
 
+QString matchCall(int line, int from, int to)
+{
+    return u"window.Pagewell && window.Pagewell.revealMatch(%1, %2, %3);"_s.arg(line).arg(from).arg(
+        to);
+}
+
 } // namespace EditorScripts

@@ -36,6 +36,8 @@ QString scrollCall(const QString &headingId);
 QString pathCall(const QString &filePath);
 // Shows the line `line` (from 0) with the caret at its start.
 QString lineCall(int line);
+// Selects [from, to) of the line `line` (from 0, offsets in UTF-16 units) and shows it mid-view.
+QString matchCall(int line, int from, int to);
 // Shows the open document where it was left when another replaced it (going back or forth).
 QString positionCall();
 // The open folder, the only place pictures are shown from.

@@ -48,6 +48,18 @@ Item {
         }
     }
 
+    // A hit or a link that leads to a line puts the keyboard there, at the text it selects.
+    Connections {
+        target: WorkspaceStore
+
+        function onMatchRevealRequest() {
+            web.forceActiveFocus();
+        }
+        function onLineRevealRequest() {
+            web.forceActiveFocus();
+        }
+    }
+
     EditorBridge {
         id: pageBridge
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "SearchResult.h"
+#include "services/FileIdentity.h"
 
 #include <QHashFunctions>
 #include <QList>
@@ -23,6 +24,8 @@ public:
     QString fileName;
     QString relativePath;
     QList<SearchResult> matches;
+    // The file whose text was searched, as it was then: a replace leaves a file changed since.
+    FileIdentity identity;
 
     QString id() const;
 

@@ -37,6 +37,7 @@ std::optional<std::string_view> FileReader::read(const QString &path)
         ::close(fd);
         return std::nullopt;
     }
+    m_identity = FileIdentity::fromStat(st);
     std::size_t size = 0;
     reserve(std::size_t(st.st_size) + 1);
     for (;;) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "FileIdentity.h"
+
 #include <QString>
 
 #include <cstddef>
@@ -21,6 +23,8 @@ public:
 
     // The file's bytes, valid until the next read; nothing when it cannot be read.
     std::optional<std::string_view> read(const QString &path);
+    // The file the last read() read, as it was when opened.
+    const FileIdentity &identity() const { return m_identity; }
 
 private:
     void reserve(std::size_t capacity);
@@ -29,4 +33,5 @@ private:
     std::size_t m_capacity = 0;
     QString m_folder;
     int m_folderFd = -1;
+    FileIdentity m_identity;
 };

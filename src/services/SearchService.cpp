@@ -3,7 +3,7 @@
 #include "FileReader.h"
 #include "NameCollator.h"
 #include "TextFile.h"
-#include "Utf8Matcher.h"
+#include "TextPattern.h"
 #include "Utf8Text.h"
 #include "WorkerPool.h"
 #include "model/FileUrl.h"
@@ -32,18 +32,9 @@ struct Hit
 {
     int lineNumber;
     QString lineContent;
+    QList<std::pair<int, int>> ranges;
+    int indent;
 };
-
-QString trimSpacesAndTabs(QStringView line)
-{
-    qsizetype begin = 0;
-    qsizetype end = line.size();
-    while (begin < end && (line[begin] == u' ' || line[begin] == u'\t'))
-        ++begin;
-    while (end > begin && (line[end - 1] == u' ' || line[end - 1] == u'\t'))
-        --end;
-    return line.mid(begin, end - begin).toString();
-}
 
 // A line's text. QString::fromUtf8 drops a byte-order mark at the start, but inside a document
 // U+FEFF is a character of the line like any other.
@@ -59,12 +50,37 @@ QString decodeLine(const char *begin, const char *end)
     return QString(marks, QChar(0xFEFF)) + QString::fromUtf8(begin, end - begin);
 }
 
+// UTF-16 units spelled by the UTF-8 bytes [begin, end), which start on a character.
+int utf16Length(const char *begin, const char *end)
+{
+    int units = 0;
+    for (const char *p = begin; p < end; ++p) {
+        const auto b = static_cast<unsigned char>(*p);
+        units += (b & 0xC0) != 0x80 ? 1 : 0;
+        units += b >= 0xF0 ? 1 : 0; // a surrogate pair
+    }
+    return units;
+}
+
+// The line with spaces and tabs trimmed at both ends, and how many went from its start.
+std::pair<QString, int> trimmedLine(QStringView line)
+{
+    qsizetype begin = 0;
+    qsizetype end = line.size();
+    while (begin < end && (line[begin] == u' ' || line[begin] == u'\t'))
+        ++begin;
+    while (end > begin && (line[end - 1] == u' ' || line[end - 1] == u'\t'))
+        --end;
+    return {line.mid(begin, end - begin).toString(), int(begin)};
+}
+
 // The lines of UTF-8 bytes holding a match, one hit per line.
-std::vector<Hit> lineHitsInBytes(const Utf8Matcher &matcher, const char *begin, const char *end)
+std::vector<Hit> lineHitsInBytes(const TextPattern &pattern, const char *begin, const char *end)
 {
     std::vector<Hit> hits;
     const char *textBegin = begin + Utf8Text::bomLength(begin, end);
-    const char *match = matcher.find(textBegin, end);
+    const char *matchEnd = nullptr;
+    const char *match = pattern.findInBytes(textBegin, textBegin, end, &matchEnd);
     if (!match || !Utf8Text::isValid(begin, end))
         return hits; // text that is not valid UTF-8 counts as empty
     std::size_t lineEndsBefore = 0;
@@ -73,6 +89,18 @@ std::vector<Hit> lineHitsInBytes(const Utf8Matcher &matcher, const char *begin, 
         const char *start = Utf8Text::startOfLine(counted, match, lineEndsBefore);
         const char *stop = Utf8Text::lineEnd(match, end);
         counted = stop;
+        Hit hit {int(lineEndsBefore + 1), {}, {}, 0};
+        // Every match of the line, in UTF-16 offsets from its start.
+        int units = 0;
+        const char *measured = start;
+        while (match && match < stop) {
+            units += utf16Length(measured, match);
+            const int first = units;
+            units += utf16Length(match, matchEnd);
+            hit.ranges.append({first, units});
+            measured = matchEnd;
+            match = pattern.findInBytes(start, matchEnd, stop, &matchEnd);
+        }
         // Spaces and tabs are single bytes, so trimming the bytes trims the text.
         const char *first = start;
         const char *last = stop;
@@ -80,14 +108,17 @@ std::vector<Hit> lineHitsInBytes(const Utf8Matcher &matcher, const char *begin, 
             ++first;
         while (last > first && (last[-1] == ' ' || last[-1] == '\t'))
             --last;
-        hits.push_back({int(lineEndsBefore + 1), decodeLine(first, last)});
-        match = stop < end ? matcher.find(stop, end) : nullptr;
+        hit.lineContent = decodeLine(first, last);
+        hit.indent = int(first - start);
+        hits.push_back(std::move(hit));
+        match = stop < end ? pattern.findInBytes(textBegin, stop, end, &matchEnd) : nullptr;
     }
     return hits;
 }
 
-// The same, on decoded text: the reference the byte search is held to.
-std::vector<Hit> lineHitsInText(const QString &query, const QByteArray &bytes)
+// The same on decoded text, where an expression is matched; for a plain query, the reference the
+// byte search is held to.
+std::vector<Hit> lineHitsInText(const TextPattern &pattern, const QByteArray &bytes)
 {
     std::vector<Hit> hits;
     std::optional<QString> decoded = TextFile::decodeUtf8(bytes);
@@ -96,20 +127,31 @@ std::vector<Hit> lineHitsInText(const QString &query, const QByteArray &bytes)
     QStringView text(*decoded);
     if (text.startsWith(QChar(0xFEFF)))
         text = text.mid(1);
-    if (!text.contains(query, Qt::CaseInsensitive))
-        return hits;
     int lineNumber = 1;
-    qsizetype start = 0;
-    for (qsizetype i = 0; i <= text.size(); ++i) {
-        if (i < text.size() && !SearchService::isLineEnd(text[i]))
-            continue;
-        const QStringView line = text.mid(start, i - start);
-        if (line.contains(query, Qt::CaseInsensitive))
-            hits.push_back({lineNumber, trimSpacesAndTabs(line)});
-        ++lineNumber;
-        if (i + 1 < text.size() && text[i] == u'\r' && text[i + 1] == u'\n')
-            ++i; // one line end
-        start = i + 1;
+    qsizetype counted = 0;
+    qsizetype from = 0;
+    while (const std::optional<qsizetype> start = pattern.findCandidate(text, from)) {
+        for (qsizetype i = counted; i < *start; ++i) {
+            if (!SearchService::isLineEnd(text[i]))
+                continue;
+            if (text[i] == u'\r' && i + 1 < text.size() && text[i + 1] == u'\n')
+                ++i; // one line end
+            ++lineNumber;
+        }
+        qsizetype end = *start;
+        while (end < text.size() && !SearchService::isLineEnd(text[end]))
+            ++end;
+        counted = end;
+        const QStringView line = text.mid(*start, end - *start);
+        QList<std::pair<int, int>> ranges = pattern.matchesIn(line);
+        if (!ranges.isEmpty()) {
+            auto [content, indent] = trimmedLine(line);
+            hits.push_back({lineNumber, std::move(content), std::move(ranges), indent});
+        }
+        if (end >= text.size())
+            break;
+        from
+            = end + (text[end] == u'\r' && end + 1 < text.size() && text[end + 1] == u'\n' ? 2 : 1);
     }
     return hits;
 }
@@ -124,58 +166,68 @@ struct FileOutcome
 class FileSearch
 {
 public:
-    FileSearch(const QString &query, const QUrl &rootURL, SearchService::Engine engine)
-        : m_query(query),
+    FileSearch(const TextPattern &pattern, const QUrl &rootURL, SearchService::Engine engine)
+        : m_pattern(pattern),
           m_rootPrefix(FileUrl::path(rootURL) + u'/'),
           // A query holding a line end can match no single line: only names can match then.
-          m_linesCanMatch(std::none_of(query.begin(), query.end(), SearchService::isLineEnd)),
-          m_matcher(query),
-          m_bytes(engine == SearchService::Engine::Bytes && m_matcher.isUsable())
+          m_linesCanMatch(pattern.options().regularExpression
+                          || std::none_of(pattern.query().begin(), pattern.query().end(),
+                                          SearchService::isLineEnd)),
+          m_bytes(engine == SearchService::Engine::Bytes && pattern.searchesBytes())
     { }
 
     std::optional<FileSearchResults> operator()(const QString &path, FileReader &reader) const
     {
         const QString fileName = path.mid(path.lastIndexOf(u'/') + 1);
-        const bool nameMatches = fileName.contains(m_query, Qt::CaseInsensitive);
+        const bool nameMatches = m_pattern.matches(fileName);
 
         std::vector<Hit> hits;
+        FileIdentity identity;
         if (m_linesCanMatch) {
             if (const std::optional<std::string_view> text = reader.read(path)) {
                 const char *begin = text->data();
                 hits = m_bytes
-                    ? lineHitsInBytes(m_matcher, begin, begin + text->size())
-                    : lineHitsInText(m_query,
+                    ? lineHitsInBytes(m_pattern, begin, begin + text->size())
+                    : lineHitsInText(m_pattern,
                                      QByteArray::fromRawData(begin, qsizetype(text->size())));
+                identity = reader.identity();
             }
         }
         if (hits.empty() && !nameMatches)
             return std::nullopt;
         if (hits.empty())
-            hits.push_back({1, fileName}); // found by its name alone
+            hits.push_back({1, fileName, {}, 0}); // found by its name alone
 
         FileSearchResults results;
         results.fileURL = QUrl::fromLocalFile(path);
         results.fileName = fileName;
         results.relativePath = QString(path).remove(m_rootPrefix, Qt::CaseSensitive);
+        results.identity = identity;
         results.matches.reserve(qsizetype(hits.size()));
         for (Hit &hit : hits)
             results.matches.append({SearchResult::newId(), results.fileURL, fileName,
                                     results.relativePath, hit.lineNumber,
-                                    std::move(hit.lineContent), m_query});
+                                    std::move(hit.lineContent), m_pattern.query(),
+                                    std::move(hit.ranges), hit.indent});
         return results;
     }
 
 private:
-    const QString m_query;
+    const TextPattern &m_pattern;
     const QString m_rootPrefix;
     const bool m_linesCanMatch;
-    const Utf8Matcher m_matcher;
     const bool m_bytes;
 };
 
 } // namespace
 
 SearchService::SearchService(Engine engine) : m_engine(engine) { }
+
+TextPattern SearchService::pattern(const QString &query, SearchOptions options)
+{
+    // Spaces around a plain query are typing, not meaning; an expression is taken as written.
+    return TextPattern(options.regularExpression ? query : query.trimmed(), options);
+}
 
 bool SearchService::isLineEnd(QChar c)
 {
@@ -185,14 +237,15 @@ bool SearchService::isLineEnd(QChar c)
 
 QList<FileSearchResults> SearchService::search(const QString &rawQuery, const FileItem &root,
                                                const QUrl &rootURL,
-                                               const std::atomic_bool *cancelled) const
+                                               const std::atomic_bool *cancelled,
+                                               SearchOptions options) const
 {
-    const QString query = rawQuery.trimmed();
-    if (query.isEmpty())
+    const TextPattern pattern = SearchService::pattern(rawQuery, options);
+    if (pattern.query().isEmpty() || !pattern.isValid())
         return {};
 
     const QStringList paths = m_fileSystemService.collectDocumentPaths(root);
-    const FileSearch searchFile(query, rootURL, m_engine);
+    const FileSearch searchFile(pattern, rootURL, m_engine);
 
     // One worker per core takes the next files from a shared counter (no task per file), a few
     // at a time so that neighbours in one folder go to one reader.

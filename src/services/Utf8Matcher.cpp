@@ -85,11 +85,11 @@ std::vector<char32_t> Utf8Matcher::caseVariants(char32_t c)
     return variants;
 }
 
-Utf8Matcher::Utf8Matcher(QStringView query)
+Utf8Matcher::Utf8Matcher(QStringView query, bool caseSensitive)
 {
     for (const char32_t c : query.toUcs4()) {
         Unit unit;
-        for (const char32_t variant : caseVariants(c)) {
+        for (const char32_t variant : caseSensitive ? std::vector<char32_t> {c} : caseVariants(c)) {
             if (unit.count == unit.spellings.size()) {
                 m_usable = false;
                 return;
@@ -132,6 +132,18 @@ Utf8Matcher::Utf8Matcher(QStringView query)
 
 bool Utf8Matcher::matchesAt(const unsigned char *p, const unsigned char *end) const
 {
+    return matchLength(p, end) >= 0;
+}
+
+const char *Utf8Matcher::matchEnd(const char *at, const char *end) const
+{
+    const auto p = reinterpret_cast<const unsigned char *>(at);
+    return at + matchLength(p, reinterpret_cast<const unsigned char *>(end));
+}
+
+std::ptrdiff_t Utf8Matcher::matchLength(const unsigned char *p, const unsigned char *end) const
+{
+    const unsigned char *const start = p;
     for (const Unit &unit : m_units) {
         bool matched = false;
         for (std::uint8_t i = 0; i < unit.count; ++i) {
@@ -145,9 +157,9 @@ bool Utf8Matcher::matchesAt(const unsigned char *p, const unsigned char *end) co
             }
         }
         if (!matched)
-            return false;
+            return -1;
     }
-    return true;
+    return p - start;
 }
 
 const char *Utf8Matcher::findScalar(const unsigned char *p, const unsigned char *end) const

@@ -3,6 +3,7 @@
 #include <QString>
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -10,17 +11,20 @@
 // Qt::CaseInsensitive) does: two characters match when their simple case foldings are equal.
 // Each query character becomes the UTF-8 spellings of every character that folds like it ("k"
 // matches k, K and the Kelvin sign; "é" matches é and É), so documents are searched without being
-// decoded.
+// decoded. A case-sensitive matcher takes each character as it is written.
 class Utf8Matcher
 {
 public:
-    explicit Utf8Matcher(QStringView query);
+    explicit Utf8Matcher(QStringView query, bool caseSensitive = false);
 
     // False when some character of the query has too many case variants for this matcher;
     // callers then search decoded text instead.
     bool isUsable() const { return m_usable; }
     // The first match starting in [from, end), or nullptr.
     const char *find(const char *from, const char *end) const;
+    // The end of the match that find() returned at `at` (spellings differ in length: "k" is one
+    // byte, the Kelvin sign three).
+    const char *matchEnd(const char *at, const char *end) const;
 
     // Every character that folds to the same character as `c` (`c` included).
     static std::vector<char32_t> caseVariants(char32_t c);
@@ -48,6 +52,8 @@ private:
     };
 
     bool matchesAt(const unsigned char *p, const unsigned char *end) const;
+    // Bytes matched at `p`, or -1.
+    std::ptrdiff_t matchLength(const unsigned char *p, const unsigned char *end) const;
     const char *findScalar(const unsigned char *p, const unsigned char *end) const;
 
     std::vector<Unit> m_units;

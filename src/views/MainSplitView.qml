@@ -17,6 +17,11 @@ Item {
             workspace.item.sidebar.focusSearchField();
     }
 
+    function showReplace() {
+        if (workspace.item)
+            workspace.item.sidebar.showReplace();
+    }
+
     Loader {
         anchors.fill: parent
         active: !WorkspaceStore.hasFolder

@@ -121,6 +121,15 @@ ApplicationWindow {
                 }
             }
             Action {
+                text: "Remplacer dans le dossier"
+                shortcut: "Ctrl+Shift+H"
+                enabled: WorkspaceStore.hasFolder
+                onTriggered: {
+                    WorkspaceStore.sidebarMode = SidebarMode.Search;
+                    mainView.showReplace();
+                }
+            }
+            Action {
                 text: "Plan du document"
                 shortcut: "Ctrl+Alt+I"
                 onTriggered: WorkspaceStore.isOutlineVisible = !WorkspaceStore.isOutlineVisible

@@ -12,5 +12,12 @@ Button {
     ToolTip.text: toolTipText
     ToolTip.delay: 600
     Accessible.name: text !== "" ? text : toolTipText
-    Accessible.onPressAction: clicked()
+    Accessible.onPressAction: {
+        if (checkable) {
+            toggle();
+            toggled();
+        } else {
+            clicked();
+        }
+    }
 }

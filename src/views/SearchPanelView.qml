@@ -4,7 +4,8 @@ import QtQuick.Layouts
 import Pagewell
 
 // The search's answer: a status line, then for each file its name and hit count followed by its
-// matching lines. A click on a file or a line opens the file at its start.
+// matching lines, their matches highlighted. A click on a file opens it at its start, on a line at
+// that line with its first match selected.
 Item {
     id: root
 
@@ -14,6 +15,16 @@ Item {
         id: results
 
         store: WorkspaceStore
+        // Three lines of the hit's font fill the excerpt; matches on a tint of the accent.
+        charsPerLine: Math.floor((list.width - 32) / Math.max(1, lineMetrics.averageCharacterWidth))
+        highlightColor: Qt.tint(Theme.sidebarBackground, Theme.withOpacity(Theme.accent, Theme.dark ? 0.45 : 0.28))
+    }
+
+    FontMetrics {
+        id: lineMetrics
+
+        font.family: Theme.monospace
+        font.pointSize: 11
     }
 
     ColumnLayout {
@@ -105,6 +116,7 @@ Item {
                     required property int hitCount
                     required property int lineNumber
                     required property string lineContent
+                    required property string excerpt
                     required property string accessibleName
 
                     width: ListView.view.width
@@ -191,13 +203,17 @@ Item {
                                 }
                             }
                             Label {
+                                objectName: "hitExcerpt"
                                 Layout.fillWidth: true
-                                text: row.lineContent
+                                // Never more than three lines, whatever the wrapping did.
+                                Layout.maximumHeight: 3 * lineMetrics.lineSpacing + 2
+                                clip: true
+                                text: row.excerpt
                                 font.family: Theme.monospace
                                 font.pointSize: 11
                                 color: Theme.primary
                                 wrapMode: Text.Wrap
-                                textFormat: Text.PlainText
+                                textFormat: Text.RichText
                             }
                         }
                     }

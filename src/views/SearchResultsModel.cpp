@@ -1,5 +1,6 @@
 #include "SearchResultsModel.h"
 
+#include "workspace/FolderReplace.h"
 #include "workspace/StoreBinding.h"
 
 #include <algorithm>
@@ -64,10 +65,17 @@ void SearchResultsModel::updateResults()
     m_firstRows.reserve(std::size_t(results.size()));
     int row = 0;
     int hits = 0;
+    m_occurrenceCount = 0;
+    m_occurrenceDocumentCount = 0;
     for (const FileSearchResults &file : results) {
         m_firstRows.push_back(row);
         row += 1 + int(file.matches.size());
         hits += int(file.matches.size());
+        int occurrences = 0;
+        for (const SearchResult &hit : file.matches)
+            occurrences += int(hit.matchRanges.size());
+        m_occurrenceCount += occurrences;
+        m_occurrenceDocumentCount += occurrences > 0 ? 1 : 0;
     }
     m_rowCount = row;
     m_hitCount = hits;
@@ -131,6 +139,10 @@ QVariant SearchResultsModel::data(const QModelIndex &index, int role) const
     case AccessibleNameRole:
         return QString(u"L"_s + QString::number(hit.lineNumber) + u' ' + hit.relativePath + u" : "_s
                        + hit.lineContent);
+    case ExcerptRole:
+        // Wrapping at word ends leaves lines short: half a line of slack keeps the cut in view.
+        return excerpt(hit.lineContent, hit.matchRanges, hit.indent,
+                       3 * m_charsPerLine - m_charsPerLine / 2, m_highlightColor);
     default:
         return {};
     }
@@ -145,12 +157,99 @@ QHash<int, QByteArray> SearchResultsModel::roleNames() const
             {RelativePathRole, "relativePath"},
             {HitCountRole, "hitCount"},
             {LineNumberRole, "lineNumber"},
-            {LineContentRole, "lineContent"}};
+            {LineContentRole, "lineContent"},
+            {ExcerptRole, "excerpt"}};
 }
 
 void SearchResultsModel::open(int row)
 {
     if (row < 0 || row >= m_rowCount || !m_store)
         return;
-    m_store->openFile(m_results.at(locate(row).first).fileURL);
+    const auto [fileIndex, hitIndex] = locate(row);
+    const FileSearchResults &file = m_results.at(fileIndex);
+    if (hitIndex < 0 || file.matches.at(hitIndex).matchRanges.isEmpty()) {
+        m_store->openFile(file.fileURL);
+        return;
+    }
+    const SearchResult &hit = file.matches.at(hitIndex);
+    m_store->openFileAtMatch(file.fileURL, hit.lineNumber - 1, hit.matchRanges.first().first,
+                             hit.matchRanges.first().second);
+}
+
+void SearchResultsModel::setCharsPerLine(int chars)
+{
+    chars = std::max(chars, 8);
+    if (chars == m_charsPerLine)
+        return;
+    m_charsPerLine = chars;
+    Q_EMIT excerptStyleChanged();
+    if (m_rowCount > 0)
+        Q_EMIT dataChanged(index(0), index(m_rowCount - 1), {ExcerptRole});
+}
+
+void SearchResultsModel::setHighlightColor(const QColor &color)
+{
+    if (color == m_highlightColor)
+        return;
+    m_highlightColor = color;
+    Q_EMIT excerptStyleChanged();
+    if (m_rowCount > 0)
+        Q_EMIT dataChanged(index(0), index(m_rowCount - 1), {ExcerptRole});
+}
+
+QString SearchResultsModel::replaceQuestion() const
+{
+    return FolderReplace::question(m_occurrenceCount, m_occurrenceDocumentCount);
+}
+
+QString SearchResultsModel::excerpt(const QString &content,
+                                    const QList<std::pair<int, int>> &ranges, int indent,
+                                    int budget, const QColor &highlight)
+{
+    // The matches within the trimmed text.
+    QList<std::pair<qsizetype, qsizetype>> shown;
+    for (const auto &[from, to] : ranges) {
+        const qsizetype start = std::clamp<qsizetype>(from - indent, 0, content.size());
+        const qsizetype end = std::clamp<qsizetype>(to - indent, 0, content.size());
+        if (end > start)
+            shown.append({start, end});
+    }
+    qsizetype begin = 0;
+    qsizetype end = content.size();
+    if (content.size() > budget) {
+        // A little of what comes before the match, from a word's start; then as much as fits.
+        const qsizetype first = shown.isEmpty() ? 0 : shown.first().first;
+        begin = std::max<qsizetype>(0, first - std::max(budget / 9, 4));
+        if (begin > 0) {
+            const qsizetype space = content.indexOf(u' ', begin);
+            if (space >= 0 && space < first)
+                begin = space + 1;
+        }
+        end = std::min<qsizetype>(content.size(), begin + budget - 2);
+        if (end == content.size())
+            begin = std::max<qsizetype>(0, std::min(begin, end - budget + 1));
+        // Never split a surrogate pair.
+        if (begin > 0 && content[begin].isLowSurrogate())
+            ++begin;
+        if (end < content.size() && content[end].isLowSurrogate())
+            --end;
+    }
+    const QString mark = u"<span style=\"background-color:%1\">"_s.arg(highlight.name());
+    QString html = u"<span style=\"white-space:pre-wrap\">"_s;
+    if (begin > 0)
+        html += u'\u2026';
+    qsizetype at = begin;
+    for (const auto &[start, stop] : shown) {
+        if (stop <= at || start >= end)
+            continue;
+        const qsizetype from = std::max(start, at);
+        const qsizetype to = std::min(stop, end);
+        html += content.mid(at, from - at).toHtmlEscaped();
+        html += mark + content.mid(from, to - from).toHtmlEscaped() + u"</span>"_s;
+        at = to;
+    }
+    html += content.mid(at, end - at).toHtmlEscaped();
+    if (end < content.size())
+        html += u'\u2026';
+    return html + u"</span>"_s;
 }

@@ -33,7 +33,10 @@ QtObject {
             "folder.badge.arrow": "folder-symlink",
             "arrow.uturn.backward": "arrow-counterclockwise",
             "link": "link-45deg",
-            "xmark": "x-lg"
+            "xmark": "x-lg",
+            "textformat": "fonts",
+            "textformat.abc": "alphabet",
+            "regex": "regex"
         })
 
     // The icon of `symbol`, or an empty source for a name the table does not know.

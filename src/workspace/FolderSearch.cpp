@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 FolderSearch::FolderSearch(const FolderTree *tree, QObject *parent)
     : QObject(parent), m_tree(tree), m_service(std::make_shared<const SearchService>())
 {
@@ -24,7 +26,7 @@ void FolderSearch::update(const QString &query)
     Q_EMIT queryChanged();
     m_run.supersede();
     const std::optional<FileItem> &root = m_tree->rootItem();
-    if (!root || m_tree->rootURL().isEmpty() || TextRules::isBlank(query)) {
+    if (!root || m_tree->rootURL().isEmpty() || TextRules::isBlank(query) || !error().isEmpty()) {
         setResults({});
         setSearching(false);
         return;
@@ -33,14 +35,31 @@ void FolderSearch::update(const QString &query)
     // The search gets its own copy of the tree (cheap: implicitly shared), so a rescan cannot
     // disturb it.
     m_run.start(
-        [service = m_service, query, root = *root,
+        [service = m_service, query, options = m_options, root = *root,
          rootURL = m_tree->rootURL()](const std::atomic_bool &replaced) {
-            return service->search(query, root, rootURL, &replaced);
+            return service->search(query, root, rootURL, &replaced, options);
         },
         [this](const QList<FileSearchResults> &results) {
             setResults(results);
             setSearching(false);
         });
+}
+
+void FolderSearch::setOptions(SearchOptions options)
+{
+    if (options == m_options)
+        return;
+    m_options = options;
+    Q_EMIT optionsChanged();
+    update(m_query);
+}
+
+QString FolderSearch::error() const
+{
+    if (!m_options.regularExpression || TextRules::isBlank(m_query)
+        || SearchService::pattern(m_query, m_options).isValid())
+        return {};
+    return u"Expression r\u00E9guli\u00E8re invalide"_s;
 }
 
 void FolderSearch::refreshSoon()

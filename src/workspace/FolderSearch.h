@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/FileSearchResults.h"
+#include "model/SearchOptions.h"
 #include "services/FolderWatcher.h"
 #include "services/LatestRun.h"
 #include "services/SearchService.h"
@@ -27,12 +28,18 @@ public:
     explicit FolderSearch(const FolderTree *tree, QObject *parent = nullptr);
 
     const QString &query() const { return m_query; }
+    const SearchOptions &options() const { return m_options; }
+    // Why the query finds nothing whatever the folder holds: « Expression régulière invalide »;
+    // else empty.
+    QString error() const;
     const QList<FileSearchResults> &results() const { return m_results; }
     bool isSearching() const { return m_isSearching; }
 
     // Records the query and searches the folder in the background; a blank query, or no folder,
     // empties the results at once.
     void update(const QString &query);
+    // The same query read another way, searched again.
+    void setOptions(SearchOptions options);
     // Documents may have changed: the query runs again once changes have paused.
     void refreshSoon();
     // Whether the changes the watcher saw may change what a search finds.
@@ -40,6 +47,7 @@ public:
 
 Q_SIGNALS:
     void queryChanged();
+    void optionsChanged();
     void resultsChanged();
     void isSearchingChanged();
 
@@ -51,6 +59,7 @@ private:
     // Shared with the search under way, which may outlive this object.
     const std::shared_ptr<const SearchService> m_service;
     QString m_query;
+    SearchOptions m_options;
     QList<FileSearchResults> m_results;
     bool m_isSearching = false;
     QTimer m_refresh;

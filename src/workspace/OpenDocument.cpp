@@ -236,7 +236,7 @@ void OpenDocument::relocate(const QUrl &url)
     setDocument(document, 0);
 }
 
-void OpenDocument::rewriteLinks(const QString &text, bool fileWritten)
+void OpenDocument::replaceText(const QString &text, bool fileWritten)
 {
     if (!m_document)
         return;

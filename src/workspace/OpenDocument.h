@@ -67,9 +67,10 @@ public:
 
     // The document's file was renamed or moved here to `url`: text, edits and history stay.
     void relocate(const QUrl &url);
-    // Its links were rewritten here (a linked item moved): the text becomes `text` as one
-    // change, and when the file was rewritten too, what the file holds now is the base.
-    void rewriteLinks(const QString &text, bool fileWritten);
+    // Its text was rewritten here (links that follow a move, a replace across the folder): the
+    // text becomes `text` as one change, and when the file was rewritten too, what the file
+    // holds now is the base.
+    void replaceText(const QString &text, bool fileWritten);
 
     // The file may have changed: it is looked at once it has stood still.
     void checkFileSoon();

@@ -38,6 +38,9 @@ WorkspaceStore::WorkspaceStore(std::unique_ptr<QSettings> settings, const QStrin
     connect(&m_search, &FolderSearch::resultsChanged, this, &WorkspaceStore::searchResultsChanged);
     connect(&m_search, &FolderSearch::isSearchingChanged, this,
             &WorkspaceStore::isSearchingChanged);
+    connect(&m_search, &FolderSearch::optionsChanged, this, &WorkspaceStore::searchOptionsChanged);
+    // An expression becomes valid or not as it is typed.
+    connect(&m_search, &FolderSearch::queryChanged, this, &WorkspaceStore::searchOptionsChanged);
     // The link index follows the tree, the disk and the saves made here.
     connect(&m_tree, &FolderTree::rootItemChanged, this, [this] { m_links.update(rootItem()); });
     connect(&m_document, &OpenDocument::saved, this,
@@ -231,6 +234,7 @@ void WorkspaceStore::deleteFile(const QUrl &url)
     }
     closeIfSelected(url);
     m_lastMove.reset();
+    m_lastReplace.reset();
     m_lastTrash = trashed;
     setOperation(u"\u00AB\u00A0%1\u00A0\u00BB a \u00E9t\u00E9 mis \u00E0 la corbeille."_s.arg(
         FileUrl::lastPathComponent(url)));
@@ -360,7 +364,7 @@ void WorkspaceStore::applyPendingMove(bool updateLinks)
     followMove(plan.move);
     const bool openWritten = wroteOpenDocument(done);
     if (pageText || openWritten)
-        m_document.rewriteLinks(pageText.value_or(currentDocument()->content), openWritten);
+        m_document.replaceText(pageText.value_or(currentDocument()->content), openWritten);
     m_pageTextAfter = currentDocument() ? currentDocument()->content : QString();
     QSet<QString> written;
     for (const FolderOperations::Change &change : done.written)
@@ -368,6 +372,7 @@ void WorkspaceStore::applyPendingMove(bool updateLinks)
     refreshAfterMove(written);
 
     m_lastTrash.reset();
+    m_lastReplace.reset();
     m_lastMove = done;
     const QString oldName = plan.move.from.section(u'/', -1);
     const QString what = plan.move.from.section(u'/', 0, -2) == plan.move.to.section(u'/', 0, -2)
@@ -385,7 +390,8 @@ void WorkspaceStore::applyPendingMove(bool updateLinks)
                                        .arg(done.links == 1 ? u"lien"_s : u"liens"_s)
                                        .arg(documents)
                                        .arg(documents == 1 ? u"document"_s : u"documents"_s));
-    alertFailures(u"Ces documents n'ont pas \u00E9t\u00E9 mis \u00E0 jour"_s, done);
+    alertFailures(u"Ces documents n'ont pas \u00E9t\u00E9 mis \u00E0 jour"_s, done.leftAlone,
+                  done.failed, done.errors);
 }
 
 bool WorkspaceStore::wroteOpenDocument(const FolderOperations::Done &done) const
@@ -425,6 +431,22 @@ void WorkspaceStore::followMove(const LinkRewriter::Move &move)
 
 void WorkspaceStore::undoLastOperation()
 {
+    if (m_lastReplace) {
+        if (m_replaceRun.isRunning())
+            return;
+        const FolderReplace::Done last = *std::exchange(m_lastReplace, std::nullopt);
+        setOperation({});
+        // The page's text goes back unless it was typed in since.
+        if (m_pageReplaced > 0 && m_document.path() == m_replacedPagePath && currentDocument()
+            && currentDocument()->content == m_pageTextAfter)
+            m_document.replaceText(m_pageTextBefore, false);
+        m_pageReplaced = 0;
+        m_replaceRun.start(
+            [last](const std::atomic_bool &) { return FolderReplace::undo(last); },
+            [this](const FolderReplace::Done &undone) { replaceDone(undone, true); });
+        Q_EMIT isReplacingChanged();
+        return;
+    }
     if (m_lastTrash) {
         const FolderOperations::Trashed trashed = *std::exchange(m_lastTrash, std::nullopt);
         setOperation({});
@@ -452,18 +474,20 @@ void WorkspaceStore::undoLastOperation()
         // The page's text goes back too, unless it was typed in since.
         const bool untouched = currentDocument()->content == m_pageTextAfter;
         if (untouched || openWritten)
-            m_document.rewriteLinks(untouched ? m_pageTextBefore : currentDocument()->content,
-                                    openWritten);
+            m_document.replaceText(untouched ? m_pageTextBefore : currentDocument()->content,
+                                   openWritten);
     }
     QSet<QString> written;
     for (const FolderOperations::Change &change : undone.written)
         written.insert(movedBack ? change.path : change.newPath);
     refreshAfterMove(written);
-    alertFailures(u"Ces documents n'ont pas \u00E9t\u00E9 remis comme avant"_s, undone);
+    alertFailures(u"Ces documents n'ont pas \u00E9t\u00E9 remis comme avant"_s, undone.leftAlone,
+                  undone.failed, undone.errors);
 }
 
 void WorkspaceStore::dismissOperation()
 {
+    m_lastReplace.reset();
     m_lastMove.reset();
     m_lastTrash.reset();
     setOperation({});
@@ -475,7 +499,8 @@ void WorkspaceStore::setOperation(const QString &message)
     Q_EMIT operationChanged();
 }
 
-void WorkspaceStore::alertFailures(const QString &title, const FolderOperations::Done &done)
+void WorkspaceStore::alertFailures(const QString &title, const QStringList &leftAlone,
+                                   const QStringList &failed, const QList<FileError> &errors)
 {
     QStringList lines;
     const auto relative = [this](const QString &path) {
@@ -483,11 +508,11 @@ void WorkspaceStore::alertFailures(const QString &title, const FolderOperations:
             ? path.mid(rootItem()->id().size() + 1)
             : path;
     };
-    for (const QString &path : done.leftAlone)
+    for (const QString &path : leftAlone)
         lines.append(u"\u2022 %1 (modifi\u00E9 par un autre programme)"_s.arg(relative(path)));
-    for (qsizetype i = 0; i < done.failed.size(); ++i)
-        lines.append(u"\u2022 %1 (%2)"_s.arg(relative(done.failed[i]),
-                                             done.errors[i].localizedDescription()));
+    for (qsizetype i = 0; i < failed.size(); ++i)
+        lines.append(
+            u"\u2022 %1 (%2)"_s.arg(relative(failed[i]), errors[i].localizedDescription()));
     if (lines.isEmpty())
         return;
     setAlertMessage(title + u"\u00A0:\n"_s + lines.join(u'\n'));
@@ -515,9 +540,92 @@ void WorkspaceStore::openFileAtLine(const QUrl &url, int line)
         Q_EMIT lineRevealRequest(line);
 }
 
+void WorkspaceStore::openFileAtMatch(const QUrl &url, int line, int from, int to)
+{
+    openFile(url);
+    if (m_document.path() == FileUrl::path(url))
+        Q_EMIT matchRevealRequest(line, from, to);
+}
+
 void WorkspaceStore::updateSearch(const QString &query)
 {
     m_search.update(query);
+}
+
+void WorkspaceStore::setSearchCaseSensitive(bool on)
+{
+    SearchOptions options = searchOptions();
+    options.caseSensitive = on;
+    m_search.setOptions(options);
+}
+
+void WorkspaceStore::setSearchWholeWord(bool on)
+{
+    SearchOptions options = searchOptions();
+    options.wholeWord = on;
+    m_search.setOptions(options);
+}
+
+void WorkspaceStore::setSearchRegularExpression(bool on)
+{
+    SearchOptions options = searchOptions();
+    options.regularExpression = on;
+    m_search.setOptions(options);
+}
+
+void WorkspaceStore::replaceAll(const QString &replacement)
+{
+    const TextPattern pattern = SearchService::pattern(m_search.query(), m_search.options());
+    if (!rootItem() || m_replaceRun.isRunning() || m_search.isSearching() || !pattern.isValid()
+        || m_search.results().isEmpty())
+        return;
+    const QList<FileSearchResults> results = m_search.results();
+    // The open document is replaced in the page, edits included, as one change.
+    const QString openPath = m_document.path();
+    m_pageReplaced = 0;
+    m_replacedPagePath = openPath;
+    const bool openListed = !openPath.isEmpty()
+        && std::any_of(results.begin(), results.end(), [&openPath](const FileSearchResults &file) {
+               return FileUrl::path(file.fileURL) == openPath;
+           });
+    if (openListed && currentDocument()) {
+        m_pageTextBefore = currentDocument()->content;
+        m_pageTextAfter = pattern.replacedInText(m_pageTextBefore, replacement, &m_pageReplaced);
+        if (m_pageReplaced > 0)
+            m_document.replaceText(m_pageTextAfter, false);
+    }
+    m_lastMove.reset();
+    m_lastTrash.reset();
+    m_lastReplace.reset();
+    setOperation({});
+    m_replaceRun.start(
+        [pattern, replacement, results, openPath](const std::atomic_bool &) {
+            return FolderReplace::perform(pattern, replacement, results, openPath);
+        },
+        [this](const FolderReplace::Done &done) { replaceDone(done, false); });
+    Q_EMIT isReplacingChanged();
+}
+
+void WorkspaceStore::replaceDone(const FolderReplace::Done &done, bool undoing)
+{
+    Q_EMIT isReplacingChanged();
+    QSet<QString> written;
+    for (const FolderReplace::Document &document : done.written)
+        written.insert(document.path);
+    m_links.update(rootItem(), written);
+    m_search.update(m_search.query());
+    if (undoing) {
+        alertFailures(u"Ces documents n'ont pas \u00E9t\u00E9 remis comme avant"_s, done.leftAlone,
+                      done.failed, done.errors);
+        return;
+    }
+    const qsizetype documents = done.written.size() + (m_pageReplaced > 0 ? 1 : 0);
+    if (documents > 0) {
+        m_lastReplace = done;
+        setOperation(FolderReplace::summary(done.count + m_pageReplaced, documents));
+    }
+    alertFailures(u"Ces documents n'ont pas \u00E9t\u00E9 modifi\u00E9s"_s, done.leftAlone,
+                  done.failed, done.errors);
 }
 
 void WorkspaceStore::followLink(const QString &target, const QString &fromPath)

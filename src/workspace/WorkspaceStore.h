@@ -3,6 +3,7 @@
 #include "DocumentNotice.h"
 #include "DraftKeeper.h"
 #include "FolderOperations.h"
+#include "FolderReplace.h"
 #include "FolderSearch.h"
 #include "FolderTree.h"
 #include "LinkIndex.h"
@@ -14,6 +15,7 @@
 #include "model/FileSearchResults.h"
 #include "model/HeadingItem.h"
 #include "model/SidebarMode.h"
+#include "services/LatestRun.h"
 
 #include <QList>
 #include <QObject>
@@ -38,7 +40,8 @@
 // are kept as recovery drafts, offered again when the document is opened next.
 //
 // Items of the folder are renamed and moved with the links that lead to them, deleted into the
-// desktop's trash, and the last of these can be taken back.
+// desktop's trash, the matches of a search replaced in every document, and the last of these can
+// be taken back.
 //
 // The store is a front: each job is done in a room of its own (the session, the folder tree,
 // the open document, its drafts, the history, the search, the link index, the operations on
@@ -76,6 +79,16 @@ class WorkspaceStore : public QObject
     Q_PROPERTY(bool canGoForward READ canGoForward NOTIFY historyChanged)
     // What the last rename, move or deletion did, while "Annuler" can take it back.
     Q_PROPERTY(QString operationMessage READ operationMessage NOTIFY operationChanged)
+    // How the search reads its query, and why it finds nothing (an invalid expression).
+    Q_PROPERTY(bool searchCaseSensitive READ searchCaseSensitive WRITE setSearchCaseSensitive NOTIFY
+                   searchOptionsChanged)
+    Q_PROPERTY(bool searchWholeWord READ searchWholeWord WRITE setSearchWholeWord NOTIFY
+                   searchOptionsChanged)
+    Q_PROPERTY(bool searchRegularExpression READ searchRegularExpression WRITE
+                   setSearchRegularExpression NOTIFY searchOptionsChanged)
+    Q_PROPERTY(QString searchError READ searchError NOTIFY searchOptionsChanged)
+    // A replace across the folder, or its undoing, is being written.
+    Q_PROPERTY(bool isReplacing READ isReplacing NOTIFY isReplacingChanged)
 
 public:
     // Loads the recent folders and restores the last session from `settings` before returning.
@@ -197,10 +210,27 @@ public:
     const LinkIndex &linkIndex() const { return m_links; }
     // Opens the document and shows the line `line` (from 0).
     Q_INVOKABLE void openFileAtLine(const QUrl &url, int line);
+    // Opens the document at the line `line` (from 0), [from, to) of that line selected.
+    Q_INVOKABLE void openFileAtMatch(const QUrl &url, int line, int from, int to);
 
     // Records the query and searches the open folder in the background, superseding the search
     // under way; its results are published here unless a later call superseded it meanwhile.
     Q_INVOKABLE void updateSearch(const QString &query);
+    const SearchOptions &searchOptions() const { return m_search.options(); }
+    bool searchCaseSensitive() const { return searchOptions().caseSensitive; }
+    bool searchWholeWord() const { return searchOptions().wholeWord; }
+    bool searchRegularExpression() const { return searchOptions().regularExpression; }
+    QString searchError() const { return m_search.error(); }
+    void setSearchCaseSensitive(bool on);
+    void setSearchWholeWord(bool on);
+    void setSearchRegularExpression(bool on);
+    void setSearchOptions(SearchOptions options) { m_search.setOptions(options); }
+
+    // Replaces every match the search lists by `replacement`: in the open document's text as one
+    // change, unsaved edits included, and in the files of the others, in the background. Then
+    // "Annuler" can take it back.
+    Q_INVOKABLE void replaceAll(const QString &replacement);
+    bool isReplacing() const { return m_replaceRun.isRunning(); }
 
     // Asks the editor page to scroll to a heading, or to insert text at the caret. Only
     // receivers connected at that moment get the value.
@@ -264,6 +294,8 @@ Q_SIGNALS:
 
     void historyChanged();
     void operationChanged();
+    void searchOptionsChanged();
+    void isReplacingChanged();
     // No trash can take the item: the window asks before removing it for good.
     void permanentDeletionRequest(const QUrl &url, const QString &name);
     // The links that lead to the open document may have changed.
@@ -272,6 +304,8 @@ Q_SIGNALS:
     void documentRelocated(const QUrl &from, const QUrl &to);
     // The editor page is to show the line `line` (from 0) of the open document.
     void lineRevealRequest(int line);
+    // The editor page is to select [from, to) of the line `line` and show it mid-view.
+    void matchRevealRequest(int line, int from, int to);
 
     // Requests towards the editor page, each heard once by whoever listens at that moment: a
     // heading to scroll to, text to insert at the caret, a document reached by going back or
@@ -302,7 +336,11 @@ private:
     bool wroteOpenDocument(const FolderOperations::Done &done) const;
     // The tree read again and the documents written read again by the link index.
     void refreshAfterMove(const QSet<QString> &written);
-    void alertFailures(const QString &title, const FolderOperations::Done &done);
+    void alertFailures(const QString &title, const QStringList &leftAlone,
+                       const QStringList &failed, const QList<FileError> &errors);
+    // A replace, or its undoing, is written: the open document's text, the link index, the
+    // search and the message follow.
+    void replaceDone(const FolderReplace::Done &done, bool undoing);
 
     WorkspaceSession m_session;
     FolderTree m_tree;
@@ -318,6 +356,11 @@ private:
     QString m_pageTextBefore;
     QString m_pageTextAfter;
     std::optional<FolderOperations::Trashed> m_lastTrash;
+    // The last replace across the folder, and the open document it changed in the page.
+    std::optional<FolderReplace::Done> m_lastReplace;
+    QString m_replacedPagePath;
+    int m_pageReplaced = 0;
+    LatestRun<FolderReplace::Done> m_replaceRun {this};
     QString m_operationMessage;
     bool m_travelling = false;
 

@@ -291,6 +291,67 @@ private Q_SLOTS:
         QVERIFY(QFileInfo::exists(folder + u"/cible.md"));
     }
 
+    // "Tout remplacer": the open document in its page, edits included, as one change; the
+    // others on disk, byte for byte but the matches; one changed since the search left alone;
+    // "Annuler" puts back what is still as written.
+    void replaceAcrossTheFolder()
+    {
+        const QString folder = m_workspace.folder({});
+        writeFile(folder + u"/a.md", "un chat\r\nle Chat\rchaton\n");
+        writeFile(folder + u"/b.md",
+                  "\xEF\xBB\xBF"
+                  "chat");
+        writeFile(folder + u"/c.md", "chat ici\n");
+        writeFile(folder + u"/index.md", "# chat\n");
+        auto store = openStore(folder, u"index.md"_s);
+        store->updateDocumentContent(u"# chat et chat\n"_s);
+        store->setSearchOptions({false, true, false}); // chaton stays
+        store->updateSearch(u"chat"_s);
+        QTRY_VERIFY(!store->isSearching());
+        QCOMPARE(store->searchResults().size(), 4);
+        writeFile(folder + u"/c.md", "chat ici, changé ailleurs\n");
+
+        QSignalSpy replaced(store.get(), &WorkspaceStore::documentTextReplaced);
+        store->replaceAll(u"chien"_s);
+        QCOMPARE(store->currentDocument()->content, u"# chien et chien\n"_s);
+        QVERIFY(store->currentDocument()->isDirty);
+        QCOMPARE(replaced.size(), 1);
+        QTRY_VERIFY(!store->isReplacing());
+        QCOMPARE(readFile(folder + u"/a.md"), "un chien\r\nle chien\rchaton\n");
+        QCOMPARE(readFile(folder + u"/b.md"),
+                 "\xEF\xBB\xBF"
+                 "chien");
+        QCOMPARE(readFile(folder + u"/c.md"), "chat ici, changé ailleurs\n");
+        QCOMPARE(readFile(folder + u"/index.md"), "# chat\n");
+        QCOMPARE(store->operationMessage(), u"5 occurrences remplac\u00E9es dans 3 documents."_s);
+        QVERIFY(store->showAlert());
+        QVERIFY(store->alertMessage().contains(u"c.md (modifi\u00E9 par un autre programme)"_s));
+        // The search runs again on what was written.
+        QTRY_VERIFY(!store->isSearching());
+        QCOMPARE(store->searchResults().size(), 2); // c.md, and index.md as saved
+
+        // Undo: b.md was changed since, so only a.md and the page go back.
+        writeFile(folder + u"/b.md", "chien, et plus\n");
+        store->undoLastOperation();
+        QCOMPARE(store->currentDocument()->content, u"# chat et chat\n"_s);
+        QCOMPARE(replaced.size(), 2);
+        QTRY_VERIFY(!store->isReplacing());
+        QCOMPARE(readFile(folder + u"/a.md"), "un chat\r\nle Chat\rchaton\n");
+        QCOMPARE(readFile(folder + u"/b.md"), "chien, et plus\n");
+        QCOMPARE(store->operationMessage(), QString());
+        QVERIFY(store->alertMessage().contains(u"b.md (modifi\u00E9 par un autre programme)"_s));
+
+        // An expression's groups; one occurrence in one document said in the singular.
+        store->dismissOperation();
+        store->setSearchOptions({true, false, true});
+        store->updateSearch(u"(un) (chat)"_s);
+        QTRY_VERIFY(!store->isSearching());
+        store->replaceAll(u"$2 $1 $&"_s);
+        QTRY_VERIFY(!store->isReplacing());
+        QCOMPARE(readFile(folder + u"/a.md"), "chat un un chat\r\nle Chat\rchaton\n");
+        QCOMPARE(store->operationMessage(), u"1 occurrence remplac\u00E9e dans 1 document."_s);
+    }
+
     // What may be renamed or moved where; "Ne pas les modifier" moves without a link changed.
     void refusalsAndLinksKeptAsWritten()
     {

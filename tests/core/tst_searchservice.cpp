@@ -14,14 +14,25 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// What a search returns, without the random ids: "relativePath:line:content" per hit.
-QStringList hits(const QList<FileSearchResults> &results)
+// The matches of a hit as "[start,end)..." in the untrimmed line.
+QString rangesText(const SearchResult &hit)
+{
+    QString text;
+    for (const auto &[start, end] : hit.matchRanges)
+        text += u"[%1,%2)"_s.arg(start).arg(end);
+    return text;
+}
+
+// What a search returns, without the random ids: "relativePath:line:content" per hit, and with
+// `ranges`, where its matches are.
+QStringList hits(const QList<FileSearchResults> &results, bool ranges = false)
 {
     QStringList list;
     for (const FileSearchResults &file : results) {
         for (const SearchResult &hit : file.matches) {
             list.append(
-                u"%1:%2:%3"_s.arg(hit.relativePath).arg(hit.lineNumber).arg(hit.lineContent));
+                u"%1:%2:%3"_s.arg(hit.relativePath).arg(hit.lineNumber).arg(hit.lineContent)
+                + (ranges ? u' ' + QString::number(hit.indent) + rangesText(hit) : QString()));
             if (hit.fileURL != file.fileURL || hit.fileName != file.fileName
                 || hit.relativePath != file.relativePath)
                 list.append(u"MISMATCH"_s);
@@ -34,11 +45,22 @@ struct Workspace
 {
     QTemporaryDir dir;
     QUrl url() const { return QUrl::fromLocalFile(dir.path()); }
-    QList<FileSearchResults>
-    search(const QString &query, SearchService::Engine engine = SearchService::Engine::Bytes) const
+    QList<FileSearchResults> search(const QString &query,
+                                    SearchService::Engine engine = SearchService::Engine::Bytes,
+                                    SearchOptions options = {}) const
     {
         const FileItem root = FileSystemService().scanDirectory(url());
-        return SearchService(engine).search(query, root, url());
+        return SearchService(engine).search(query, root, url(), nullptr, options);
+    }
+    // Searched by both engines, which must agree to the match; the hits with their ranges.
+    QStringList agreed(const QString &query, SearchOptions options) const
+    {
+        const QStringList bytes = hits(search(query, SearchService::Engine::Bytes, options), true);
+        const QStringList unicode
+            = hits(search(query, SearchService::Engine::Unicode, options), true);
+        if (bytes != unicode)
+            qWarning() << query << bytes << unicode;
+        return bytes == unicode ? bytes : QStringList {u"ENGINES DISAGREE"_s};
     }
     void add(const QString &path, const QByteArray &bytes) const
     {
@@ -167,8 +189,8 @@ private Q_SLOTS:
                   .split(u'|');
         int nonEmpty = 0;
         for (const QString &query : queries) {
-            const QStringList bytes = hits(w.search(query, SearchService::Engine::Bytes));
-            const QStringList unicode = hits(w.search(query, SearchService::Engine::Unicode));
+            const QStringList bytes = hits(w.search(query, SearchService::Engine::Bytes), true);
+            const QStringList unicode = hits(w.search(query, SearchService::Engine::Unicode), true);
             QVERIFY2(bytes == unicode, qPrintable(query));
             nonEmpty += !bytes.isEmpty();
         }
@@ -177,6 +199,103 @@ private Q_SLOTS:
         QVERIFY(hits(w.search(u"kelvin \u212A k"_s)).size() == 2);
         QVERIFY(hits(w.search(u"LONG \u017F S"_s)).size() == 2);
         QVERIFY(hits(w.search(u"resume"_s)).size() == 2); // "resume" itself; accents count
+    }
+
+    void hitsCarryWhereTheirMatchesAre()
+    {
+        Workspace w;
+        // Ranges count UTF-16 units of the untrimmed line: an emoji is two, a tab one.
+        w.add(u"a.md"_s, "# Title\n\t  un coffre 😀 Coffre, coffres\r\nfin\n");
+        QCOMPARE(w.agreed(u"coffre"_s, {}),
+                 QStringList {u"a.md:2:un coffre 😀 Coffre, coffres 3[6,12)[16,22)[24,30)"_s});
+        // Found by its name alone: nothing to highlight.
+        QCOMPARE(w.agreed(u"a.md"_s, {}), QStringList {u"a.md:1:a.md 0"_s});
+    }
+
+    void togglesNarrowThePlainRule()
+    {
+        Workspace w;
+        w.add(u"a.md"_s,
+              "Le Coffre et le coffre-fort.\n"
+              "Des coffres, un _coffre_ et (coffre).\n"
+              "# Titre\r\n"
+              "fin de ligne coffre\r\n"
+              "Straße STRASSE \u212Aelvin\n");
+        const SearchOptions off;
+        const SearchOptions matchCase {true, false, false};
+        const SearchOptions word {false, true, false};
+        const SearchOptions expression {false, false, true};
+
+        // All off is the plain rule, engines agreeing on every range.
+        QCOMPARE(
+            w.agreed(u"COFFRE"_s, off),
+            QStringList({u"a.md:1:Le Coffre et le coffre-fort. 0[3,9)[16,22)"_s,
+                         u"a.md:2:Des coffres, un _coffre_ et (coffre). 0[4,10)[17,23)[29,35)"_s,
+                         u"a.md:4:fin de ligne coffre 0[13,19)"_s}));
+        QCOMPARE(w.agreed(u"coffre"_s, matchCase).size(), 3);
+        QCOMPARE(w.agreed(u"Coffre"_s, matchCase),
+                 QStringList {u"a.md:1:Le Coffre et le coffre-fort. 0[3,9)"_s});
+        QCOMPARE(w.agreed(u"kelvin"_s, matchCase), QStringList());
+        QCOMPARE(w.agreed(u"kelvin"_s, off).size(), 1); // the Kelvin sign folds to k
+
+        // A whole word: a hyphen or a bracket ends a word, an underscore or a letter does not.
+        QCOMPARE(w.agreed(u"coffre"_s, word),
+                 QStringList({u"a.md:1:Le Coffre et le coffre-fort. 0[3,9)[16,22)"_s,
+                              u"a.md:2:Des coffres, un _coffre_ et (coffre). 0[29,35)"_s,
+                              u"a.md:4:fin de ligne coffre 0[13,19)"_s}));
+        QCOMPARE(w.agreed(u"straße"_s, word).size(), 1);
+        QCOMPARE(w.agreed(u"STRASS"_s, word), QStringList());
+        QCOMPARE(w.agreed(u"coffre"_s, {true, true, false}).value(0),
+                 u"a.md:1:Le Coffre et le coffre-fort. 0[16,22)"_s);
+
+        // An expression, line by line: ^ and $ at each line's ends, CR LF included; groups and
+        // alternatives; case ignored unless asked for.
+        QCOMPARE(w.agreed(u"^# \\w+$"_s, expression), QStringList {u"a.md:3:# Titre 0[0,7)"_s});
+        QCOMPARE(w.agreed(u"coffre$"_s, expression),
+                 QStringList {u"a.md:4:fin de ligne coffre 0[13,19)"_s});
+        QCOMPARE(w.agreed(u"c(o)ffres?"_s, expression).size(), 3);
+        QCOMPARE(w.agreed(u"C[a-z]+e"_s, {true, false, true}),
+                 QStringList {u"a.md:1:Le Coffre et le coffre-fort. 0[3,9)"_s});
+        QCOMPARE(w.agreed(u"coffres?"_s, {false, true, true}).size(), 3);
+        // What only matches across a line end, or only an empty string, is no hit.
+        QCOMPARE(w.agreed(u"fort\\.\\s+Des"_s, expression), QStringList());
+        QCOMPARE(w.agreed(u"x*"_s, expression), QStringList());
+        // A name matches by the same rule.
+        QCOMPARE(w.agreed(u"^a\\.md$"_s, expression), QStringList {u"a.md:1:a.md 0"_s});
+
+        // An invalid expression searches nothing.
+        QVERIFY(!SearchService::pattern(u"(coffre"_s, expression).isValid());
+        QCOMPARE(w.search(u"(coffre"_s, SearchService::Engine::Bytes, expression).size(), 0);
+        QVERIFY(SearchService::pattern(u"(coffre"_s, off).isValid());
+        QCOMPARE(w.agreed(u"(coffre)"_s, off).size(), 1);
+    }
+
+    void patternReplacesOnlyTheMatches()
+    {
+        int count = 0;
+        const auto replaced = [&count](const QString &query, SearchOptions options,
+                                       const QString &text, const QString &replacement) {
+            count = 0;
+            return SearchService::pattern(query, options).replacedInText(text, replacement, &count);
+        };
+        // Byte-order mark, every kind of line end and the final newline stay.
+        const QString text = u"\uFEFFun chat\r\nle Chat, chaton\rchat\u2028x\n"_s;
+        QCOMPARE(replaced(u"chat"_s, {}, text, u"chien"_s),
+                 u"\uFEFFun chien\r\nle chien, chienon\rchien\u2028x\n"_s);
+        QCOMPARE(count, 4);
+        QCOMPARE(replaced(u"chat"_s, {false, true, false}, text, u"$1"_s),
+                 u"\uFEFFun $1\r\nle $1, chaton\r$1\u2028x\n"_s);
+        QCOMPARE(count, 3);
+        // Groups with an expression; a group the expression lacks stays as written.
+        QCOMPARE(replaced(u"(\\w+) (\\w+)"_s, {false, false, true}, u"un chat\nle chien\n"_s,
+                          u"$2 $1 [$&] $3 $$ $"_s),
+                 u"chat un [un chat] $3 $$ $\nchien le [le chien] $3 $$ $\n"_s);
+        QCOMPARE(count, 2);
+        // ^ anchors to each line; nothing matched, nothing changes.
+        QCOMPARE(replaced(u"^"_s + u"l"_s, {false, false, true}, u"la\r\nle\n"_s, u"L"_s),
+                 u"La\r\nLe\n"_s);
+        QCOMPARE(replaced(u"zz"_s, {}, text, u"x"_s), text);
+        QCOMPARE(count, 0);
     }
 
     void matcherAgreesWithQStringOnRandomText()
@@ -212,10 +331,20 @@ private Q_SLOTS:
             const QByteArray bytes = text.toUtf8();
             const Utf8Matcher matcher(query);
             QVERIFY(matcher.isUsable());
-            const bool byBytes
-                = matcher.find(bytes.constData(), bytes.constData() + bytes.size()) != nullptr;
-            QVERIFY2(byBytes == text.contains(query, Qt::CaseInsensitive),
-                     qPrintable(u"%1 in %2"_s.arg(query, text)));
+            const char *found = matcher.find(bytes.constData(), bytes.constData() + bytes.size());
+            const qsizetype at = text.indexOf(query, 0, Qt::CaseInsensitive);
+            QVERIFY2((found != nullptr) == (at >= 0), qPrintable(u"%1 in %2"_s.arg(query, text)));
+            if (found) {
+                // The same match, to its end.
+                const char *end = matcher.matchEnd(found, bytes.constData() + bytes.size());
+                QCOMPARE(QString::fromUtf8(found, end - found).size(), query.size());
+                QCOMPARE(QString::fromUtf8(bytes.constData(), found - bytes.constData()).size(),
+                         at);
+            }
+            // Case-sensitive, only the spelling itself.
+            const Utf8Matcher exact(query, true);
+            QCOMPARE(exact.find(bytes.constData(), bytes.constData() + bytes.size()) != nullptr,
+                     text.contains(query, Qt::CaseSensitive));
         }
     }
 };

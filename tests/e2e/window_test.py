@@ -92,6 +92,34 @@ def main():
         s.shot("e2e-search")
         press(hit)
         wait_for("the readme from its hit", lambda: s.label("6 mots") and s.label("README.md"))
+        # The hit's match is selected in the editor, which has the keyboard: typing replaces it.
+        time.sleep(0.5)
+        type_text("Salut")
+        wait_for("the match typed over", lambda: "Salut dans la documentation."
+                 in (s.editor_text() or ""))
+        key("ctrl+z")
+        wait_for("the readme as it was", lambda: "Bienvenue dans la documentation."
+                 in (s.editor_text() or ""))
+
+        # "Tout remplacer" (Ctrl+Shift+H) asks first, writes, and "Annuler" takes it back.
+        reference = os.path.join(docs, "reference.md")
+        before = read(reference)
+        key("ctrl+shift+h")
+        click(wait_for("the search field",
+                       lambda: s.named("text", "Rechercher un fichier ou du texte...")))
+        key("ctrl+a")
+        type_text("ligne")
+        wait_for("the hits", lambda: s.label("60 résultats dans 1 fichier"))
+        click(wait_for("the replace field", lambda: s.named("text", "Remplacer par")))
+        type_text("phrase")
+        press(wait_for("Tout remplacer", lambda: s.named("push button", "Tout remplacer")))
+        wait_for("the question", lambda: s.label("Remplacer 60 occurrences dans 1 document ?"))
+        s.shot("e2e-replace")
+        press(wait_for("Remplacer", lambda: s.named("push button", "Remplacer")))
+        wait_for("the file replaced", lambda: read(reference) == before.replace("ligne", "phrase")
+                 and s.label("60 occurrences remplacées dans 1 document."))
+        press(wait_for("Annuler", lambda: s.named("push button", "Annuler")))
+        wait_for("the file back", lambda: read(reference) == before)
         press(wait_for("the clear button", lambda: s.named("push button", "Effacer la recherche")))
         wait_for("the tree again", lambda: s.row("guide"))
 

@@ -9,6 +9,7 @@
 
 #include <QAbstractItemModelTester>
 #include <QGuiApplication>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -144,11 +145,21 @@ private Q_SLOTS:
                  (QStringList {u"1"_s, u"3"_s}));
         QCOMPARE(model.data(model.index(4), SearchResultsModel::LineContentRole).toString(),
                  u"alpha beta"_s);
-        // A hit opens its file, at its start.
+        // A hit opens its file at its line, its first match selected; a file row at its start.
+        QSignalSpy reveal(store.get(), &WorkspaceStore::matchRevealRequest);
         model.open(4);
         QCOMPARE(FileUrl::path(store->selectedFileURL()), root + u"/b.md"_s);
-        model.open(1);
+        QCOMPARE(reveal.size(), 1);
+        QCOMPARE(reveal.at(0), (QVariantList {2, 0, 5}));
+        model.open(0);
         QCOMPARE(FileUrl::path(store->selectedFileURL()), root + u"/sub/a.md"_s);
+        QCOMPARE(reveal.size(), 1);
+        // "Tout remplacer" asks about matches, not lines.
+        QCOMPARE(model.occurrenceCount(), 3);
+        QCOMPARE(model.replaceQuestion(), u"Remplacer 3 occurrences dans 2 documents ?"_s);
+        QVERIFY(model.data(model.index(4), SearchResultsModel::ExcerptRole)
+                    .toString()
+                    .contains(u">alpha</span> beta"_s));
 
         // The same list announced again is not published again.
         QSignalSpy reset(&model, &QAbstractItemModel::modelReset);
@@ -160,6 +171,47 @@ private Q_SLOTS:
         QCOMPARE(model.summaryText(), u"0 résultat dans 0 fichier"_s);
         QVERIFY(model.showsEmptyState());
         QCOMPARE(model.count(), 0);
+    }
+
+    // A hit's excerpt: its matches highlighted, a long line cut around the first one.
+    void searchExcerpts()
+    {
+        const QColor mark(1, 2, 3);
+        const QString on = u"<span style=\"background-color:#010203\">"_s;
+        const auto plain
+            = [](QString html) { return html.remove(QRegularExpression(u"<[^>]*>"_s)); };
+        // Offsets count from the untrimmed line: two spaces went from its start. Markup in the
+        // text stays text.
+        const QString short_ = SearchResultsModel::excerpt(u"a <b> a & a"_s,
+                                                           {{2, 3}, {8, 9}, {12, 13}}, 2, 60, mark);
+        QCOMPARE(short_,
+                 u"<span style=\"white-space:pre-wrap\">"_s + on + u"a</span> &lt;b&gt; "_s + on
+                     + u"a</span> &amp; "_s + on + u"a</span></span>"_s);
+
+        // 200 characters, the match at 120: the cut starts at a word shortly before it, ends
+        // within the budget, and says so at both ends.
+        QString line;
+        for (int i = 0; i < 40; ++i)
+            line += u"mot%1 "_s.arg(i % 10);
+        line.replace(120, 6, u"CIBLE "_s);
+        const QString cut = plain(SearchResultsModel::excerpt(line, {{120, 125}}, 0, 60, mark));
+        QVERIFY(cut.startsWith(u'\u2026') && cut.endsWith(u'\u2026'));
+        QVERIFY(cut.size() <= 60);
+        const qsizetype at = cut.indexOf(u"CIBLE"_s);
+        QVERIFY(at > 1 && at < 20);
+        QCOMPARE(cut.at(1), u'm'); // from a word's start
+        QVERIFY(SearchResultsModel::excerpt(line, {{120, 125}}, 0, 60, mark)
+                    .contains(on + u"CIBLE</span>"_s));
+        // A match near the end: the cut keeps the end and shows as much before as fits.
+        const QString end = plain(SearchResultsModel::excerpt(line, {{196, 199}}, 0, 60, mark));
+        QVERIFY(end.startsWith(u'\u2026') && !end.endsWith(u'\u2026'));
+        QCOMPARE(end.size(), 60);
+        QVERIFY(line.endsWith(end.mid(1)));
+        // A match beyond the cut is not drawn; one outside the trimmed text neither.
+        const QString first = SearchResultsModel::excerpt(line, {{0, 3}, {190, 193}}, 0, 60, mark);
+        QCOMPARE(first.count(on), 1);
+        QVERIFY(!plain(first).startsWith(u'\u2026'));
+        QCOMPARE(SearchResultsModel::excerpt(u"x"_s, {{5, 7}}, 0, 60, mark).count(on), 0);
     }
 
     void outlineRowsAndRequests()

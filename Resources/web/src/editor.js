@@ -336,6 +336,22 @@ export function createEditor(parent, { post }) {
       view.focus();
     },
 
+    // A search hit: [from, to) of the line `line` (from 0) selected, in the middle of the view.
+    // The page may hold edits the search did not see: the range stays within the line.
+    revealMatch(line, from, to) {
+      if (!view) return;
+      const doc = view.state.doc;
+      const at = doc.line(Math.min(Math.max(0, Number(line) || 0) + 1, doc.lines));
+      const clamp = (offset) => at.from + Math.min(Math.max(0, Number(offset) || 0), at.length);
+      const anchor = clamp(from);
+      const head = Math.max(anchor, clamp(to));
+      view.dispatch({
+        selection: EditorSelection.range(anchor, head),
+        effects: EditorView.scrollIntoView(EditorSelection.range(anchor, head), { y: "center" }),
+      });
+      view.focus();
+    },
+
     restorePosition() {
       const left = view && positions.get(view.state.facet(documentPath));
       if (!left) return;

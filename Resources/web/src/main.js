@@ -21,6 +21,7 @@ window.Pagewell = Object.freeze({
   setLinkFacts: (facts, path) => editor.setLinkFacts(facts, path),
   setDocumentPath: (path) => editor.setDocumentPath(path),
   revealLine: (line) => editor.revealLine(line),
+  revealMatch: (line, from, to) => editor.revealMatch(line, from, to),
 });
 // Read-only access for tests and the developer tools.
 Object.defineProperty(window, "__pagewellEditor", { value: editor });

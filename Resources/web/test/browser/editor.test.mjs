@@ -481,3 +481,35 @@ test("a document renamed on the host keeps its text and undo under the new path;
     assert.ok(where.top >= 0 && where.top < 80, `line at ${where.top}px from the top`);
   });
 });
+
+test("revealMatch selects a search hit's match mid-view, within its line whatever the offsets", async () => {
+  const lines = Array.from({ length: 300 }, (_, i) => `  Ligne ${i + 1} : un coffre, un 😀 coffre`);
+  await withEditor(async ({ page }) => {
+    await page.evaluate((t) => window.Pagewell.setContent(t, "/w/a.md"), lines.join("\n"));
+    await settle(page);
+    // UTF-16 offsets, as the search gives them: the emoji counts two.
+    const shown = (line, from, to) =>
+      page.evaluate(
+        async ([line, from, to]) => {
+          window.Pagewell.revealMatch(line, from, to);
+          await new Promise((resolve) => requestAnimationFrame(() => requestAnimationFrame(resolve)));
+          const view = window.__pagewellEditor.view;
+          const { from: a, to: b } = view.state.selection.main;
+          const scroller = view.scrollDOM.getBoundingClientRect();
+          const top = view.coordsAtPos(a).top - scroller.top;
+          return { text: view.state.sliceDoc(a, b), line: view.state.doc.lineAt(a).number, top, height: scroller.height, focused: view.hasFocus };
+        },
+        [line, from, to],
+      );
+    const hit = await shown(149, 31, 37);
+    assert.equal(hit.text, "coffre");
+    assert.equal(hit.line, 150);
+    assert.ok(Math.abs(hit.top - hit.height / 2) < hit.height / 4, `match at ${hit.top}px of ${hit.height}px`);
+    assert.ok(hit.focused);
+    // Edits the search did not see: the range stays inside the line, the line inside the text.
+    const past = await shown(9, 30, 500);
+    assert.equal(past.line, 10);
+    assert.equal(past.text, lines[9].slice(30));
+    assert.equal((await shown(5000, 0, 2)).line, 300);
+  });
+});
