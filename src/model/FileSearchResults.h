@@ -9,6 +9,8 @@
 #include <QString>
 #include <QUrl>
 
+#include <utility>
+
 // The hits of one document, in line order.
 class FileSearchResults
 {
@@ -24,15 +26,23 @@ public:
     QString fileName;
     QString relativePath;
     QList<SearchResult> matches;
+    // The matches of every hit, as [start, end) offsets in UTF-16 units of its untrimmed line:
+    // the first is where the editor selects, all are drawn highlighted.
+    QList<std::pair<int, int>> matchRanges;
     // The file whose text was searched, as it was then: a replace leaves a file changed since.
     FileIdentity identity;
 
     QString id() const;
+    QList<std::pair<int, int>> rangesOf(const SearchResult &hit) const
+    {
+        return matchRanges.mid(hit.firstRange, hit.rangeCount);
+    }
 
     friend bool operator==(const FileSearchResults &a, const FileSearchResults &b)
     {
         return a.fileURL == b.fileURL && a.fileName == b.fileName
-            && a.relativePath == b.relativePath && a.matches == b.matches;
+            && a.relativePath == b.relativePath && a.matches == b.matches
+            && a.matchRanges == b.matchRanges;
     }
     friend bool operator!=(const FileSearchResults &a, const FileSearchResults &b)
     {

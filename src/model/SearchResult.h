@@ -1,13 +1,10 @@
 #pragma once
 
 #include <QHashFunctions>
-#include <QList>
 #include <QMetaType>
 #include <QString>
 #include <QUrl>
 #include <QUuid>
-
-#include <utility>
 
 // One hit of a search: a matching line of a document, or its name when only the name matched.
 class SearchResult
@@ -29,11 +26,11 @@ public:
     int lineNumber = 0;
     QString lineContent;
     QString matchTerm;
-    // The matches in the document's line, as [start, end) offsets in UTF-16 units of the line
-    // before `indent` spaces and tabs were trimmed from its start: the first is where the editor
-    // selects, all are drawn highlighted. Empty for a document found by its name alone.
-    QList<std::pair<int, int>> matchRanges;
-    int indent = 0;
+    // Its matches: `rangeCount` of its file's `matchRanges` from `firstRange` (one list per file,
+    // not one per hit). None for a document found by its name alone.
+    int firstRange = 0;
+    int rangeCount = 0;
+    int indent = 0; // spaces and tabs trimmed from the line's start
 
     // A fresh random (version 4) identifier. Far cheaper than QUuid::createUuid(), which asks
     // the system for entropy on every call: a search can make hundreds of thousands of hits.
@@ -44,7 +41,7 @@ public:
         return a.id == b.id && a.fileURL == b.fileURL && a.fileName == b.fileName
             && a.relativePath == b.relativePath && a.lineNumber == b.lineNumber
             && a.lineContent == b.lineContent && a.matchTerm == b.matchTerm
-            && a.matchRanges == b.matchRanges && a.indent == b.indent;
+            && a.firstRange == b.firstRange && a.rangeCount == b.rangeCount && a.indent == b.indent;
     }
     friend bool operator!=(const SearchResult &a, const SearchResult &b) { return !(a == b); }
 };
@@ -52,7 +49,7 @@ public:
 inline size_t qHash(const SearchResult &r, size_t seed = 0) noexcept
 {
     return qHashMulti(seed, r.id, r.fileURL, r.fileName, r.relativePath, r.lineNumber,
-                      r.lineContent, r.matchTerm, r.matchRanges, r.indent);
+                      r.lineContent, r.matchTerm, r.firstRange, r.rangeCount, r.indent);
 }
 
 Q_DECLARE_METATYPE(SearchResult)

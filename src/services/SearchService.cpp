@@ -32,9 +32,13 @@ struct Hit
 {
     int lineNumber;
     QString lineContent;
-    QList<std::pair<int, int>> ranges;
+    int firstRange; // in the file's ranges
+    int rangeCount;
     int indent;
 };
+
+// The matches of a file's hits, one after the other.
+using Ranges = std::vector<std::pair<int, int>>;
 
 // A line's text. QString::fromUtf8 drops a byte-order mark at the start, but inside a document
 // U+FEFF is a character of the line like any other.
@@ -75,7 +79,8 @@ std::pair<QString, int> trimmedLine(QStringView line)
 }
 
 // The lines of UTF-8 bytes holding a match, one hit per line.
-std::vector<Hit> lineHitsInBytes(const TextPattern &pattern, const char *begin, const char *end)
+std::vector<Hit> lineHitsInBytes(const TextPattern &pattern, const char *begin, const char *end,
+                                 Ranges &ranges)
 {
     std::vector<Hit> hits;
     const char *textBegin = begin + Utf8Text::bomLength(begin, end);
@@ -89,7 +94,7 @@ std::vector<Hit> lineHitsInBytes(const TextPattern &pattern, const char *begin, 
         const char *start = Utf8Text::startOfLine(counted, match, lineEndsBefore);
         const char *stop = Utf8Text::lineEnd(match, end);
         counted = stop;
-        Hit hit {int(lineEndsBefore + 1), {}, {}, 0};
+        Hit hit {int(lineEndsBefore + 1), {}, int(ranges.size()), 0, 0};
         // Every match of the line, in UTF-16 offsets from its start.
         int units = 0;
         const char *measured = start;
@@ -97,7 +102,7 @@ std::vector<Hit> lineHitsInBytes(const TextPattern &pattern, const char *begin, 
             units += utf16Length(measured, match);
             const int first = units;
             units += utf16Length(match, matchEnd);
-            hit.ranges.append({first, units});
+            ranges.emplace_back(first, units);
             measured = matchEnd;
             match = pattern.findInBytes(start, matchEnd, stop, &matchEnd);
         }
@@ -108,6 +113,7 @@ std::vector<Hit> lineHitsInBytes(const TextPattern &pattern, const char *begin, 
             ++first;
         while (last > first && (last[-1] == ' ' || last[-1] == '\t'))
             --last;
+        hit.rangeCount = int(ranges.size()) - hit.firstRange;
         hit.lineContent = decodeLine(first, last);
         hit.indent = int(first - start);
         hits.push_back(std::move(hit));
@@ -118,7 +124,7 @@ std::vector<Hit> lineHitsInBytes(const TextPattern &pattern, const char *begin, 
 
 // The same on decoded text, where an expression is matched; for a plain query, the reference the
 // byte search is held to.
-std::vector<Hit> lineHitsInText(const TextPattern &pattern, const QByteArray &bytes)
+std::vector<Hit> lineHitsInText(const TextPattern &pattern, const QByteArray &bytes, Ranges &ranges)
 {
     std::vector<Hit> hits;
     std::optional<QString> decoded = TextFile::decodeUtf8(bytes);
@@ -143,10 +149,12 @@ std::vector<Hit> lineHitsInText(const TextPattern &pattern, const QByteArray &by
             ++end;
         counted = end;
         const QStringView line = text.mid(*start, end - *start);
-        QList<std::pair<int, int>> ranges = pattern.matchesIn(line);
-        if (!ranges.isEmpty()) {
+        const QList<std::pair<int, int>> found = pattern.matchesIn(line);
+        if (!found.isEmpty()) {
             auto [content, indent] = trimmedLine(line);
-            hits.push_back({lineNumber, std::move(content), std::move(ranges), indent});
+            hits.push_back(
+                {lineNumber, std::move(content), int(ranges.size()), int(found.size()), indent});
+            ranges.insert(ranges.end(), found.begin(), found.end());
         }
         if (end >= text.size())
             break;
@@ -182,21 +190,22 @@ public:
         const bool nameMatches = m_pattern.matches(fileName);
 
         std::vector<Hit> hits;
+        Ranges ranges;
         FileIdentity identity;
         if (m_linesCanMatch) {
             if (const std::optional<std::string_view> text = reader.read(path)) {
                 const char *begin = text->data();
                 hits = m_bytes
-                    ? lineHitsInBytes(m_pattern, begin, begin + text->size())
-                    : lineHitsInText(m_pattern,
-                                     QByteArray::fromRawData(begin, qsizetype(text->size())));
+                    ? lineHitsInBytes(m_pattern, begin, begin + text->size(), ranges)
+                    : lineHitsInText(
+                        m_pattern, QByteArray::fromRawData(begin, qsizetype(text->size())), ranges);
                 identity = reader.identity();
             }
         }
         if (hits.empty() && !nameMatches)
             return std::nullopt;
         if (hits.empty())
-            hits.push_back({1, fileName, {}, 0}); // found by its name alone
+            hits.push_back({1, fileName, 0, 0, 0}); // found by its name alone
 
         FileSearchResults results;
         results.fileURL = QUrl::fromLocalFile(path);
@@ -207,8 +216,9 @@ public:
         for (Hit &hit : hits)
             results.matches.append({SearchResult::newId(), results.fileURL, fileName,
                                     results.relativePath, hit.lineNumber,
-                                    std::move(hit.lineContent), m_pattern.query(),
-                                    std::move(hit.ranges), hit.indent});
+                                    std::move(hit.lineContent), m_pattern.query(), hit.firstRange,
+                                    hit.rangeCount, hit.indent});
+        results.matchRanges = QList<std::pair<int, int>>(ranges.begin(), ranges.end());
         return results;
     }
 

@@ -71,9 +71,7 @@ void SearchResultsModel::updateResults()
         m_firstRows.push_back(row);
         row += 1 + int(file.matches.size());
         hits += int(file.matches.size());
-        int occurrences = 0;
-        for (const SearchResult &hit : file.matches)
-            occurrences += int(hit.matchRanges.size());
+        const int occurrences = int(file.matchRanges.size());
         m_occurrenceCount += occurrences;
         m_occurrenceDocumentCount += occurrences > 0 ? 1 : 0;
     }
@@ -141,7 +139,7 @@ QVariant SearchResultsModel::data(const QModelIndex &index, int role) const
                        + hit.lineContent);
     case ExcerptRole:
         // Wrapping at word ends leaves lines short: half a line of slack keeps the cut in view.
-        return excerpt(hit.lineContent, hit.matchRanges, hit.indent,
+        return excerpt(hit.lineContent, file.rangesOf(hit), hit.indent,
                        3 * m_charsPerLine - m_charsPerLine / 2, m_highlightColor);
     default:
         return {};
@@ -167,13 +165,13 @@ void SearchResultsModel::open(int row)
         return;
     const auto [fileIndex, hitIndex] = locate(row);
     const FileSearchResults &file = m_results.at(fileIndex);
-    if (hitIndex < 0 || file.matches.at(hitIndex).matchRanges.isEmpty()) {
+    if (hitIndex < 0 || file.matches.at(hitIndex).rangeCount == 0) {
         m_store->openFile(file.fileURL);
         return;
     }
     const SearchResult &hit = file.matches.at(hitIndex);
-    m_store->openFileAtMatch(file.fileURL, hit.lineNumber - 1, hit.matchRanges.first().first,
-                             hit.matchRanges.first().second);
+    const std::pair<int, int> first = file.matchRanges.at(hit.firstRange);
+    m_store->openFileAtMatch(file.fileURL, hit.lineNumber - 1, first.first, first.second);
 }
 
 void SearchResultsModel::setCharsPerLine(int chars)

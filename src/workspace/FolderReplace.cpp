@@ -3,7 +3,9 @@
 #include "model/FileUrl.h"
 #include "services/TextFile.h"
 
-#include <algorithm>
+#include <QtConcurrent/QtConcurrentMap>
+
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -31,41 +33,59 @@ FolderReplace::Done FolderReplace::perform(const TextPattern &pattern, const QSt
                                            const QList<FileSearchResults> &results,
                                            const QString &skipped)
 {
-    Done done;
+    // What happened to one document.
+    struct Outcome
+    {
+        QString path;
+        std::optional<Document> written;
+        bool leftAlone = false;
+        std::optional<FileError> error;
+    };
+    QList<FileSearchResults> listed;
     for (const FileSearchResults &file : results) {
-        const QString path = FileUrl::path(file.fileURL);
-        const bool hasMatches
-            = std::any_of(file.matches.begin(), file.matches.end(),
-                          [](const SearchResult &hit) { return !hit.matchRanges.isEmpty(); });
-        if (path == skipped || !hasMatches)
-            continue;
-        FileIdentity read;
-        const FileResult<QString> text = TextFile::readUtf8(path, &read);
-        if (!text.ok()) {
-            done.fail(path, *text.error);
-            continue;
+        if (!file.matchRanges.isEmpty() && FileUrl::path(file.fileURL) != skipped)
+            listed.append(file);
+    }
+    // Several at a time: most of a write is waiting for the disk to confirm it.
+    const QList<Outcome> outcomes = QtConcurrent::blockingMapped(
+        listed, [&pattern, &replacement](const FileSearchResults &file) {
+            Outcome outcome {FileUrl::path(file.fileURL), std::nullopt, false, std::nullopt};
+            FileIdentity read;
+            const FileResult<QString> text = TextFile::readUtf8(outcome.path, &read);
+            if (!text.ok()) {
+                outcome.error = text.error;
+                return outcome;
+            }
+            if (read != file.identity) {
+                outcome.leftAlone = true;
+                return outcome;
+            }
+            Document document {outcome.path, text.value, {}, {}, 0};
+            document.newText = pattern.replacedInText(document.text, replacement, &document.count);
+            if (document.count == 0)
+                return outcome;
+            // The last look before writing: a save that landed since the read is kept.
+            if (FileIdentity::of(outcome.path) != read) {
+                outcome.leftAlone = true;
+                return outcome;
+            }
+            outcome.error = TextFile::writeUtf8Atomically(outcome.path, document.newText,
+                                                          TextFile::Temporary::UnnamedWherePossible,
+                                                          &document.identity);
+            if (!outcome.error)
+                outcome.written = std::move(document);
+            return outcome;
+        });
+    Done done;
+    for (const Outcome &outcome : outcomes) {
+        if (outcome.leftAlone)
+            done.leftAlone.append(outcome.path);
+        else if (outcome.error)
+            done.fail(outcome.path, *outcome.error);
+        else if (outcome.written) {
+            done.count += outcome.written->count;
+            done.written.append(*outcome.written);
         }
-        if (read != file.identity) {
-            done.leftAlone.append(path);
-            continue;
-        }
-        Document document {path, text.value, {}, {}, 0};
-        document.newText = pattern.replacedInText(document.text, replacement, &document.count);
-        if (document.count == 0)
-            continue;
-        // The last look before writing: a save that landed since the read is kept.
-        if (FileIdentity::of(path) != read) {
-            done.leftAlone.append(path);
-            continue;
-        }
-        if (std::optional<FileError> error = TextFile::writeUtf8Atomically(
-                path, document.newText, TextFile::Temporary::UnnamedWherePossible,
-                &document.identity)) {
-            done.fail(path, *error);
-            continue;
-        }
-        done.count += document.count;
-        done.written.append(std::move(document));
     }
     return done;
 }

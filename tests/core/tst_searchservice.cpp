@@ -15,10 +15,10 @@ using namespace Qt::StringLiterals;
 namespace {
 
 // The matches of a hit as "[start,end)..." in the untrimmed line.
-QString rangesText(const SearchResult &hit)
+QString rangesText(const FileSearchResults &file, const SearchResult &hit)
 {
     QString text;
-    for (const auto &[start, end] : hit.matchRanges)
+    for (const auto &[start, end] : file.rangesOf(hit))
         text += u"[%1,%2)"_s.arg(start).arg(end);
     return text;
 }
@@ -30,9 +30,9 @@ QStringList hits(const QList<FileSearchResults> &results, bool ranges = false)
     QStringList list;
     for (const FileSearchResults &file : results) {
         for (const SearchResult &hit : file.matches) {
-            list.append(
-                u"%1:%2:%3"_s.arg(hit.relativePath).arg(hit.lineNumber).arg(hit.lineContent)
-                + (ranges ? u' ' + QString::number(hit.indent) + rangesText(hit) : QString()));
+            list.append(u"%1:%2:%3"_s.arg(hit.relativePath).arg(hit.lineNumber).arg(hit.lineContent)
+                        + (ranges ? u' ' + QString::number(hit.indent) + rangesText(file, hit)
+                                  : QString()));
             if (hit.fileURL != file.fileURL || hit.fileName != file.fileName
                 || hit.relativePath != file.relativePath)
                 list.append(u"MISMATCH"_s);
