@@ -130,18 +130,9 @@ Utf8Matcher::Utf8Matcher(QStringView query, bool caseSensitive)
         m_second = ByteSet();
 }
 
-bool Utf8Matcher::matchesAt(const unsigned char *p, const unsigned char *end) const
-{
-    return matchLength(p, end) >= 0;
-}
-
-const char *Utf8Matcher::matchEnd(const char *at, const char *end) const
-{
-    const auto p = reinterpret_cast<const unsigned char *>(at);
-    return at + matchLength(p, reinterpret_cast<const unsigned char *>(end));
-}
-
-std::ptrdiff_t Utf8Matcher::matchLength(const unsigned char *p, const unsigned char *end) const
+// Inlined into the search loop, which calls it at every candidate position.
+[[gnu::always_inline]] inline std::ptrdiff_t
+Utf8Matcher::matchLength(const unsigned char *p, const unsigned char *end) const
 {
     const unsigned char *const start = p;
     for (const Unit &unit : m_units) {
@@ -160,6 +151,18 @@ std::ptrdiff_t Utf8Matcher::matchLength(const unsigned char *p, const unsigned c
             return -1;
     }
     return p - start;
+}
+
+[[gnu::always_inline]] inline bool Utf8Matcher::matchesAt(const unsigned char *p,
+                                                          const unsigned char *end) const
+{
+    return matchLength(p, end) >= 0;
+}
+
+const char *Utf8Matcher::matchEnd(const char *at, const char *end) const
+{
+    const auto p = reinterpret_cast<const unsigned char *>(at);
+    return at + matchLength(p, reinterpret_cast<const unsigned char *>(end));
 }
 
 const char *Utf8Matcher::findScalar(const unsigned char *p, const unsigned char *end) const
