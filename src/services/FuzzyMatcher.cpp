@@ -1,7 +1,12 @@
 #include "FuzzyMatcher.h"
 
 #include <algorithm>
+#include <array>
 #include <vector>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace {
 
@@ -57,6 +62,24 @@ constexpr int gapOpen = 3;
 constexpr int gapExtend = 1;
 constexpr int unreachable = -(1 << 28);
 
+// The first place of `c` in text[at, size), or `size`: eight units at a time, as most paths are
+// scanned and rejected here.
+std::size_t findUnit(const char16_t *text, std::size_t at, std::size_t size, char16_t c)
+{
+#if defined(__SSE2__)
+    const __m128i wanted = _mm_set1_epi16(short(c));
+    for (; at + 8 <= size; at += 8) {
+        const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i *>(text + at));
+        const unsigned mask = unsigned(_mm_movemask_epi8(_mm_cmpeq_epi16(units, wanted)));
+        if (mask != 0)
+            return at + std::size_t(__builtin_ctz(mask)) / 2;
+    }
+#endif
+    while (at < size && text[at] != c)
+        ++at;
+    return at;
+}
+
 } // namespace
 
 FuzzyMatcher::Folded FuzzyMatcher::fold(QStringView path)
@@ -100,7 +123,7 @@ FuzzyMatcher::FuzzyMatcher(QStringView query)
     }
 }
 
-bool FuzzyMatcher::accepts(const Folded &path) const
+bool FuzzyMatcher::accepts(View path) const
 {
     std::size_t at = 0;
     const std::size_t size = path.text.size();
@@ -114,39 +137,81 @@ bool FuzzyMatcher::accepts(const Folded &path) const
     return true;
 }
 
-int FuzzyMatcher::score(const Folded &path) const
+int FuzzyMatcher::score(View path) const
 {
-    if (!accepts(path))
-        return -1;
+    // Each alignment first checks that the letters are there at all.
     const int inName = bestAlignment(path, path.nameStart);
-    if (inName > unreachable)
+    if (inName > unreachable / 2)
         return nameTier + inName;
-    return std::max(0, bestAlignment(path, 0));
+    const int anywhere = bestAlignment(path, 0);
+    return anywhere > unreachable / 2 ? std::max(0, anywhere) : -1;
 }
 
 // The best alignment of the query's letters in path.text from `from` on: at each letter the best
 // score of a match ending there, either running on from the previous letter or after a gap.
-int FuzzyMatcher::bestAlignment(const Folded &path, qsizetype from) const
+int FuzzyMatcher::bestAlignment(View path, qsizetype from) const
 {
-    const std::size_t n = path.text.size() - std::size_t(from);
     const std::size_t m = m_query.size();
     if (m == 0)
         return 0;
-    if (n < m)
-        return unreachable;
-    const char16_t *text = path.text.data() + from;
-    const char *starts = path.starts.data() + from;
+    // Only the stretch from the first letter's first place to the last letter's last place can
+    // hold a match, and only if the letters are there in order; the scores do not depend on where
+    // the stretch starts.
+    const std::size_t size = path.text.size();
+    // earliest[i], latest[i]: the first and last places the i-th letter can take in a match
+    // (from the stretch's start); each row of the table only looks between them.
+    // On the stack for a query as one types it; a long pasted one takes the heap.
+    std::array<std::size_t, 32> earliestShort;
+    std::array<std::size_t, 32> latestShort;
+    std::vector<std::size_t> earliestLong;
+    std::vector<std::size_t> latestLong;
+    if (m > earliestShort.size()) {
+        earliestLong.resize(m);
+        latestLong.resize(m);
+    }
+    std::size_t *earliest = m > earliestShort.size() ? earliestLong.data() : earliestShort.data();
+    std::size_t *latest = m > latestShort.size() ? latestLong.data() : latestShort.data();
+    std::size_t at = std::size_t(from);
+    for (std::size_t i = 0; i < m; ++i) {
+        at = findUnit(path.text.data(), at, size, m_query[i]);
+        if (at == size)
+            return unreachable;
+        earliest[i] = at++;
+    }
+    at = size;
+    for (std::size_t i = m; i-- > 0;) {
+        while (path.text[at - 1] != m_query[i])
+            --at;
+        latest[i] = --at;
+    }
+    const std::size_t begin = earliest[0];
+    const std::size_t last = latest[m - 1] + 1;
+    for (std::size_t i = 0; i < m; ++i) {
+        earliest[i] -= begin;
+        latest[i] -= begin;
+    }
+    const std::size_t n = last - begin;
+    const char16_t *text = path.text.data() + begin;
+    const char *starts = path.starts.data() + begin;
     const auto bonusAt = [&](std::size_t j) {
         switch (starts[j]) {
         case 2:
-            return std::size_t(from) + j == std::size_t(path.nameStart) ? nameStartBonus
-                                                                        : folderStartBonus;
+            return begin + j == std::size_t(path.nameStart) ? nameStartBonus : folderStartBonus;
         case 1:
             return wordStartBonus;
         default:
             return 0;
         }
     };
+    if (m == 1) {
+        // One letter: its best place.
+        int best = unreachable;
+        for (std::size_t j = 0; j < n; ++j) {
+            if (text[j] == m_query[0])
+                best = std::max(best, letter + bonusAt(j));
+        }
+        return best;
+    }
     // ending[j]: best score with the current letter matched at j; runStart[j]: the bonus of the
     // run that match belongs to.
     // Kept per thread: scoring runs for thousands of paths per key.
@@ -157,38 +222,41 @@ int FuzzyMatcher::bestAlignment(const Folded &path, qsizetype from) const
     int *previous = ending + n;
     int *runFirst = previous + n;
     int *previousRunFirst = runFirst + n;
+    // Scores below `unreachable / 2` stand for no match: sums of them stay far below any real
+    // score, so the loop needs no test for them.
     std::fill(previous, previous + n, unreachable);
-    for (std::size_t i = 0; i < m; ++i) {
+    for (std::size_t j = 0; j <= latest[0]; ++j) {
+        if (text[j] == m_query[0]) {
+            const int bonus = bonusAt(j);
+            previous[j] = letter + bonus;
+            previousRunFirst[j] = bonus;
+        }
+    }
+    for (std::size_t i = 1; i < m; ++i) {
         int afterGap = unreachable; // best previous-letter score ending before j-1, gaps paid
         std::fill(ending, ending + n, unreachable);
-        for (std::size_t j = i; j < n; ++j) {
-            if (i > 0 && j >= 2) {
-                const int opened
-                    = previous[j - 2] == unreachable ? unreachable : previous[j - 2] - gapOpen;
-                afterGap = std::max(afterGap == unreachable ? unreachable : afterGap - gapExtend,
-                                    opened);
+        const char16_t wanted = m_query[i];
+        std::size_t j = earliest[i - 1] + 1;
+        if (j < 2 && j <= latest[i]) {
+            // j == 1: nothing before the previous letter's place to open a gap from.
+            if (text[j] == wanted) {
+                const int bonus = bonusAt(j);
+                const int carried = std::max(bonus, previousRunFirst[0]);
+                ending[j] = previous[0] + letter + runBonus + carried;
+                runFirst[j] = carried;
             }
-            if (text[j] != m_query[i])
+            ++j;
+        }
+        for (; j <= latest[i]; ++j) {
+            afterGap = std::max(afterGap - gapExtend, previous[j - 2] - gapOpen);
+            if (text[j] != wanted)
                 continue;
             const int bonus = bonusAt(j);
-            if (i == 0) {
-                ending[j] = letter + bonus;
-                runFirst[j] = bonus;
-                continue;
-            }
-            int best = unreachable;
-            int first = bonus;
-            if (previous[j - 1] != unreachable) {
-                const int carried = std::max(bonus, previousRunFirst[j - 1]);
-                best = previous[j - 1] + letter + runBonus + carried;
-                first = carried;
-            }
-            if (afterGap != unreachable && afterGap + letter + bonus > best) {
-                best = afterGap + letter + bonus;
-                first = bonus;
-            }
-            ending[j] = best;
-            runFirst[j] = first;
+            const int carried = std::max(bonus, previousRunFirst[j - 1]);
+            const int run = previous[j - 1] + letter + runBonus + carried;
+            const int gap = afterGap + letter + bonus;
+            ending[j] = std::max(run, gap);
+            runFirst[j] = gap > run ? bonus : carried;
         }
         std::swap(ending, previous);
         std::swap(runFirst, previousRunFirst);

@@ -180,9 +180,7 @@ void SearchResultsModel::setCharsPerLine(int chars)
     if (chars == m_charsPerLine)
         return;
     m_charsPerLine = chars;
-    Q_EMIT excerptStyleChanged();
-    if (m_rowCount > 0)
-        Q_EMIT dataChanged(index(0), index(m_rowCount - 1), {ExcerptRole});
+    restyleExcerpts();
 }
 
 void SearchResultsModel::setHighlightColor(const QColor &color)
@@ -190,6 +188,11 @@ void SearchResultsModel::setHighlightColor(const QColor &color)
     if (color == m_highlightColor)
         return;
     m_highlightColor = color;
+    restyleExcerpts();
+}
+
+void SearchResultsModel::restyleExcerpts()
+{
     Q_EMIT excerptStyleChanged();
     if (m_rowCount > 0)
         Q_EMIT dataChanged(index(0), index(m_rowCount - 1), {ExcerptRole});

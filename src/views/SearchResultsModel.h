@@ -101,6 +101,8 @@ Q_SIGNALS:
 
 private:
     void updateResults();
+    // Every excerpt is drawn anew.
+    void restyleExcerpts();
     // The file of a row and the hit within it (-1 for the file's header row).
     std::pair<qsizetype, qsizetype> locate(int row) const;
 

@@ -34,10 +34,21 @@ private:
     struct Document
     {
         QString path;
-        FuzzyMatcher::Folded folded;
+        std::size_t at = 0; // of its folded path in m_texts and m_starts
+        std::size_t length = 0;
+        qsizetype nameStart = 0;
     };
+    FuzzyMatcher::View folded(const Document &document) const
+    {
+        return {std::u16string_view(m_texts).substr(document.at, document.length),
+                std::string_view(m_starts).substr(document.at, document.length),
+                document.nameStart};
+    }
 
     std::vector<Document> m_documents;
+    // Every folded path, in the documents' order.
+    std::u16string m_texts;
+    std::string m_starts;
     QSet<QString> m_paths;
     QString m_rootPrefix;
     // The previous query (folded, without spaces) and the documents it matched.
