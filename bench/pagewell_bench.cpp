@@ -263,8 +263,9 @@ int intOption(const QStringList &args, const QString &name, int fallback)
 int quickOpen(const QString &dir, const QString &query, int copies, bool list)
 {
     const FileSystemService service;
-    const QUrl url = QUrl::fromLocalFile(dir);
+    // Absolute, as the window's folder is: paths are ranked relative to it.
     const QString root = QDir(dir).absolutePath();
+    const QUrl url = QUrl::fromLocalFile(root);
     const QStringList documents = service.collectDocumentPaths(service.scanDirectory(url));
     QStringList paths = documents;
     for (int copy = 2; copy <= copies; ++copy) {

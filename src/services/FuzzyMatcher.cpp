@@ -123,20 +123,6 @@ FuzzyMatcher::FuzzyMatcher(QStringView query)
     }
 }
 
-bool FuzzyMatcher::accepts(View path) const
-{
-    std::size_t at = 0;
-    const std::size_t size = path.text.size();
-    for (char16_t wanted : m_query) {
-        while (at < size && path.text[at] != wanted)
-            ++at;
-        if (at == size)
-            return false;
-        ++at;
-    }
-    return true;
-}
-
 int FuzzyMatcher::score(View path) const
 {
     // Each alignment first checks that the letters are there at all.
@@ -212,7 +198,7 @@ int FuzzyMatcher::bestAlignment(View path, qsizetype from) const
         }
         return best;
     }
-    // ending[j]: best score with the current letter matched at j; runStart[j]: the bonus of the
+    // ending[j]: best score with the current letter matched at j; runFirst[j]: the bonus of the
     // run that match belongs to.
     // Kept per thread: scoring runs for thousands of paths per key.
     thread_local std::vector<int> rows;

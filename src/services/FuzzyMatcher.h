@@ -40,8 +40,6 @@ public:
     bool isEmpty() const { return m_query.empty(); }
     // The letters matched, folded, spaces left out: "Ins" and "ins" are the same query.
     const std::u16string &letters() const { return m_query; }
-    // Whether the query's letters occur in `path` in order: a cheap test before scoring.
-    bool accepts(View path) const;
     // The match's score, higher is better, or -1 when the letters are not all there. Matches
     // that lie wholly in the file name score above every match that does not.
     int score(View path) const;
