@@ -104,17 +104,19 @@ std::vector<Hit> lineHitsInBytes(const TextPattern &pattern, const char *begin, 
         const char *stop = Utf8Text::lineEnd(match, end);
         counted = stop;
         Hit hit {int(lineEndsBefore + 1), {}, int(ranges.size()), 0, 0};
-        // Every match of the line, in UTF-16 offsets from its start.
+        // Every match of the line, in UTF-16 offsets from its start. The search goes on from
+        // each match's end: the next one is in this line or starts the next hit.
         int units = 0;
         const char *measured = start;
-        while (match && match < stop) {
+        do {
             units += utf16Length(measured, match);
             const int first = units;
             units += utf16Length(match, matchEnd);
             ranges.emplace_back(first, units);
             measured = matchEnd;
-            match = pattern.findInBytes(start, matchEnd, stop, &matchEnd);
-        }
+            match = matchEnd < end ? pattern.findInBytes(textBegin, matchEnd, end, &matchEnd)
+                                   : nullptr;
+        } while (match && match < stop);
         // Spaces and tabs are single bytes, so trimming the bytes trims the text.
         const char *first = start;
         const char *last = stop;
@@ -126,7 +128,6 @@ std::vector<Hit> lineHitsInBytes(const TextPattern &pattern, const char *begin, 
         hit.lineContent = decodeLine(first, last);
         hit.indent = int(first - start);
         hits.push_back(std::move(hit));
-        match = stop < end ? pattern.findInBytes(textBegin, stop, end, &matchEnd) : nullptr;
     }
     return hits;
 }
