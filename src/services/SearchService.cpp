@@ -60,12 +60,17 @@ int utf16Length(const char *begin, const char *end)
 {
     int units = 0;
     const char *p = begin;
-    // Eight ASCII bytes at a time: most of a line is.
+    // Eight bytes at a time: every byte but a continuation byte (10xxxxxx) starts a character,
+    // and a four-byte one (11110xxx) takes two units.
+    constexpr std::uint64_t high = 0x8080808080808080ULL;
     for (std::uint64_t word; end - p >= 8; p += 8) {
         std::memcpy(&word, p, 8);
-        if ((word & 0x8080808080808080ULL) != 0)
-            break;
-        units += 8;
+        const std::uint64_t continuation = word & ~(word << 1) & high;
+        const std::uint64_t four = word & (word << 1) & (word << 2) & (word << 3) & high;
+        // One flag per byte at its top bit: a multiply adds them up.
+        const auto count
+            = [](std::uint64_t flags) { return int(((flags >> 7) * 0x0101010101010101ULL) >> 56); };
+        units += 8 - count(continuation) + count(four);
     }
     for (; p < end; ++p) {
         const auto b = static_cast<unsigned char>(*p);
