@@ -151,19 +151,18 @@ std::vector<Hit> lineHitsInText(const TextPattern &pattern, const QByteArray &by
     int lineNumber = 1;
     qsizetype counted = 0;
     qsizetype from = 0;
-    while (const std::optional<qsizetype> start = pattern.findCandidate(text, from)) {
-        for (qsizetype i = counted; i < *start; ++i) {
+    qsizetype start = 0;
+    qsizetype end = 0;
+    while (pattern.nextCandidateLine(text, from, start, end)) {
+        for (qsizetype i = counted; i < start; ++i) {
             if (!SearchService::isLineEnd(text[i]))
                 continue;
             if (text[i] == u'\r' && i + 1 < text.size() && text[i + 1] == u'\n')
                 ++i; // one line end
             ++lineNumber;
         }
-        qsizetype end = *start;
-        while (end < text.size() && !SearchService::isLineEnd(text[end]))
-            ++end;
         counted = end;
-        const QStringView line = text.mid(*start, end - *start);
+        const QStringView line = text.mid(start, end - start);
         const QList<std::pair<int, int>> found = pattern.matchesIn(line);
         if (!found.isEmpty()) {
             auto [content, indent] = trimmedLine(line);
@@ -171,10 +170,6 @@ std::vector<Hit> lineHitsInText(const TextPattern &pattern, const QByteArray &by
                 {lineNumber, std::move(content), int(ranges.size()), int(found.size()), indent});
             ranges.insert(ranges.end(), found.begin(), found.end());
         }
-        if (end >= text.size())
-            break;
-        from
-            = end + (text[end] == u'\r' && end + 1 < text.size() && text[end + 1] == u'\n' ? 2 : 1);
     }
     return hits;
 }

@@ -262,6 +262,14 @@ std::optional<FileError> writeUtf8Atomically(const QString &path, const QString 
     return writeAtomically(path, text.toUtf8(), temporary, written);
 }
 
+GuardedWrite writeUtf8IfUnchanged(const QString &path, const QString &text,
+                                  const FileIdentity &expected, FileIdentity *written)
+{
+    if (FileIdentity::of(path) != expected)
+        return {true, std::nullopt};
+    return {false, writeUtf8Atomically(path, text, Temporary::UnnamedWherePossible, written)};
+}
+
 std::optional<FileError> writeAtomically(const QString &path, QByteArrayView bytes,
                                          Temporary temporary, FileIdentity *written)
 {

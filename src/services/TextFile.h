@@ -28,6 +28,18 @@ enum class Temporary { UnnamedWherePossible, Hidden };
 std::optional<FileError> writeUtf8Atomically(const QString &path, const QString &text,
                                              Temporary temporary = Temporary::UnnamedWherePossible,
                                              FileIdentity *written = nullptr);
+// What writeUtf8IfUnchanged() did: wrote, left alone a file another program changed, or failed.
+struct GuardedWrite
+{
+    bool changedElsewhere = false;
+    std::optional<FileError> error;
+
+    bool written() const { return !changedElsewhere && !error; }
+};
+// The same, only while the file is still the one `expected` names: a rewrite of many documents
+// never writes over another program's save.
+GuardedWrite writeUtf8IfUnchanged(const QString &path, const QString &text,
+                                  const FileIdentity &expected, FileIdentity *written = nullptr);
 std::optional<FileError> writeAtomically(const QString &path, QByteArrayView bytes,
                                          Temporary temporary = Temporary::UnnamedWherePossible,
                                          FileIdentity *written = nullptr);

@@ -171,25 +171,30 @@ QString TextPattern::replacedIn(QStringView line, const QString &replacement, in
     return out;
 }
 
-std::optional<qsizetype> TextPattern::findCandidate(QStringView text, qsizetype from) const
+bool TextPattern::nextCandidateLine(QStringView text, qsizetype &from, qsizetype &start,
+                                    qsizetype &end) const
 {
     if (!m_valid || m_query.isEmpty() || from > text.size())
-        return std::nullopt;
-    qsizetype at = -1;
+        return false;
     if (m_options.regularExpression) {
         const QRegularExpressionMatch found = m_acrossLines.match(text, from);
         if (!found.hasMatch())
-            return std::nullopt;
-        at = found.capturedStart();
+            return false;
+        start = found.capturedStart();
     } else {
         const auto found = findIn(text, from, nullptr);
         if (!found)
-            return std::nullopt;
-        at = found->first;
+            return false;
+        start = found->first;
     }
-    while (at > from && !SearchService::isLineEnd(text[at - 1]))
-        --at;
-    return at;
+    while (start > from && !SearchService::isLineEnd(text[start - 1]))
+        --start;
+    end = start;
+    while (end < text.size() && !SearchService::isLineEnd(text[end]))
+        ++end;
+    // Past a CR LF pair at once; past the text when the line is its last.
+    from = end + (end + 1 < text.size() && text[end] == u'\r' && text[end + 1] == u'\n' ? 2 : 1);
+    return true;
 }
 
 QString TextPattern::replacedInText(QStringView text, const QString &replacement, int *count) const
@@ -197,22 +202,17 @@ QString TextPattern::replacedInText(QStringView text, const QString &replacement
     QString out;
     qsizetype copied = 0;
     qsizetype from = text.startsWith(QChar(0xFEFF)) ? 1 : 0;
-    while (const std::optional<qsizetype> start = findCandidate(text, from)) {
-        qsizetype end = *start;
-        while (end < text.size() && !SearchService::isLineEnd(text[end]))
-            ++end;
+    qsizetype start = 0;
+    qsizetype end = 0;
+    while (nextCandidateLine(text, from, start, end)) {
         int replaced = 0;
-        const QString line = replacedIn(text.mid(*start, end - *start), replacement, &replaced);
+        const QString line = replacedIn(text.mid(start, end - start), replacement, &replaced);
         if (replaced > 0) {
-            out += text.mid(copied, *start - copied);
+            out += text.mid(copied, start - copied);
             out += line;
             copied = end;
             *count += replaced;
         }
-        if (end >= text.size())
-            break;
-        from
-            = end + (text[end] == u'\r' && end + 1 < text.size() && text[end + 1] == u'\n' ? 2 : 1);
     }
     if (copied == 0)
         return text.toString();

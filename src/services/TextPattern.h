@@ -35,9 +35,11 @@ public:
     // line end stay as they are.
     QString replacedInText(QStringView text, const QString &replacement, int *count) const;
 
-    // The start of the first line at or after `from` that holds a match, found fast, or nothing.
+    // The next line from `from` (a line's start) on that may hold a match, found fast, as
+    // [start, end); `from` moves to the start of the line after it. False when there is none.
     // The line must then be checked with matchesIn(): an expression may match across a line end.
-    std::optional<qsizetype> findCandidate(QStringView text, qsizetype from) const;
+    bool nextCandidateLine(QStringView text, qsizetype &from, qsizetype &start,
+                           qsizetype &end) const;
 
     // Whether plain bytes can be searched (no expression, and a query the byte matcher takes).
     bool searchesBytes() const { return m_bytesUsable; }

@@ -112,16 +112,16 @@ std::variant<FolderOperations::Done, FileError> FolderOperations::perform(const 
     Done done {plan.move, {}, {}, {}, {}, 0};
     for (const Change &change : plan.changes) {
         // The rename keeps a file's identity: a different one was written by another program.
-        if (FileIdentity::of(change.newPath) != change.identity) {
+        FileIdentity written;
+        const TextFile::GuardedWrite write = TextFile::writeUtf8IfUnchanged(
+            change.newPath, change.newText, change.identity, &written);
+        if (write.changedElsewhere) {
             done.leftAlone.append(change.newPath);
             continue;
         }
-        FileIdentity written;
-        if (std::optional<FileError> error
-            = TextFile::writeUtf8Atomically(change.newPath, change.newText,
-                                            TextFile::Temporary::UnnamedWherePossible, &written)) {
+        if (write.error) {
             done.failed.append(change.newPath);
-            done.errors.append(*error);
+            done.errors.append(*write.error);
             continue;
         }
         Change kept = change;
@@ -136,14 +136,15 @@ FolderOperations::Done FolderOperations::undo(const Done &done)
 {
     Done undone {{done.move.to, done.move.from, done.move.isFolder}, {}, {}, {}, {}, 0};
     for (const Change &change : done.written) {
-        if (FileIdentity::of(change.newPath) != change.identity) {
+        const TextFile::GuardedWrite write
+            = TextFile::writeUtf8IfUnchanged(change.newPath, change.text, change.identity);
+        if (write.changedElsewhere) {
             undone.leftAlone.append(change.newPath);
             continue;
         }
-        if (std::optional<FileError> error
-            = TextFile::writeUtf8Atomically(change.newPath, change.text)) {
+        if (write.error) {
             undone.failed.append(change.newPath);
-            undone.errors.append(*error);
+            undone.errors.append(*write.error);
             continue;
         }
         undone.written.append(change);

@@ -64,15 +64,12 @@ FolderReplace::Done FolderReplace::perform(const TextPattern &pattern, const QSt
             document.newText = pattern.replacedInText(document.text, replacement, &document.count);
             if (document.count == 0)
                 return outcome;
-            // The last look before writing: a save that landed since the read is kept.
-            if (FileIdentity::of(outcome.path) != read) {
-                outcome.leftAlone = true;
-                return outcome;
-            }
-            outcome.error = TextFile::writeUtf8Atomically(outcome.path, document.newText,
-                                                          TextFile::Temporary::UnnamedWherePossible,
-                                                          &document.identity);
-            if (!outcome.error)
+            // Checked again just before writing: a save that landed since the read is kept.
+            const TextFile::GuardedWrite write = TextFile::writeUtf8IfUnchanged(
+                outcome.path, document.newText, read, &document.identity);
+            outcome.leftAlone = write.changedElsewhere;
+            outcome.error = write.error;
+            if (write.written())
                 outcome.written = std::move(document);
             return outcome;
         });
@@ -94,19 +91,17 @@ FolderReplace::Done FolderReplace::undo(const Done &done)
 {
     Done undone;
     for (const Document &document : done.written) {
-        if (FileIdentity::of(document.path) != document.identity) {
-            undone.leftAlone.append(document.path);
-            continue;
-        }
         Document back = document;
-        if (std::optional<FileError> error = TextFile::writeUtf8Atomically(
-                document.path, document.text, TextFile::Temporary::UnnamedWherePossible,
-                &back.identity)) {
-            undone.fail(document.path, *error);
-            continue;
+        const TextFile::GuardedWrite write = TextFile::writeUtf8IfUnchanged(
+            document.path, document.text, document.identity, &back.identity);
+        if (write.changedElsewhere) {
+            undone.leftAlone.append(document.path);
+        } else if (write.error) {
+            undone.fail(document.path, *write.error);
+        } else {
+            undone.count += document.count;
+            undone.written.append(std::move(back));
         }
-        undone.count += document.count;
-        undone.written.append(std::move(back));
     }
     return undone;
 }

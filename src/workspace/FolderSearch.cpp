@@ -23,10 +23,13 @@ FolderSearch::FolderSearch(const FolderTree *tree, QObject *parent)
 void FolderSearch::update(const QString &query)
 {
     m_query = query;
+    const bool invalid = m_options.regularExpression && !TextRules::isBlank(query)
+        && !SearchService::pattern(query, m_options).isValid();
+    m_error = invalid ? u"Expression r\u00E9guli\u00E8re invalide"_s : QString();
     Q_EMIT queryChanged();
     m_run.supersede();
     const std::optional<FileItem> &root = m_tree->rootItem();
-    if (!root || m_tree->rootURL().isEmpty() || TextRules::isBlank(query) || !error().isEmpty()) {
+    if (!root || m_tree->rootURL().isEmpty() || TextRules::isBlank(query) || invalid) {
         setResults({});
         setSearching(false);
         return;
@@ -50,16 +53,8 @@ void FolderSearch::setOptions(SearchOptions options)
     if (options == m_options)
         return;
     m_options = options;
-    Q_EMIT optionsChanged();
     update(m_query);
-}
-
-QString FolderSearch::error() const
-{
-    if (!m_options.regularExpression || TextRules::isBlank(m_query)
-        || SearchService::pattern(m_query, m_options).isValid())
-        return {};
-    return u"Expression r\u00E9guli\u00E8re invalide"_s;
+    Q_EMIT optionsChanged();
 }
 
 void FolderSearch::refreshSoon()

@@ -31,7 +31,7 @@ public:
     const SearchOptions &options() const { return m_options; }
     // Why the query finds nothing whatever the folder holds: « Expression régulière invalide »;
     // else empty.
-    QString error() const;
+    const QString &error() const { return m_error; }
     const QList<FileSearchResults> &results() const { return m_results; }
     bool isSearching() const { return m_isSearching; }
 
@@ -60,6 +60,7 @@ private:
     const std::shared_ptr<const SearchService> m_service;
     QString m_query;
     SearchOptions m_options;
+    QString m_error; // of the query and options last searched
     QList<FileSearchResults> m_results;
     bool m_isSearching = false;
     QTimer m_refresh;

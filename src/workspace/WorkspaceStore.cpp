@@ -620,7 +620,9 @@ void WorkspaceStore::replaceDone(const FolderReplace::Done &done, bool undoing)
         return;
     }
     const qsizetype documents = done.written.size() + (m_pageReplaced > 0 ? 1 : 0);
-    if (documents > 0) {
+    // A rename, move or deletion made while the files were written keeps its own "Annuler".
+    const bool overtaken = m_lastMove || m_lastTrash;
+    if (documents > 0 && !overtaken) {
         m_lastReplace = done;
         setOperation(FolderReplace::summary(done.count + m_pageReplaced, documents));
     }

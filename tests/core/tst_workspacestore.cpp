@@ -349,6 +349,47 @@ private Q_SLOTS:
         QVERIFY(!store->isSearchQueryBlank() && store->isSearching());
     }
 
+    // A toggle searches the same query again, read its way; an invalid expression says so and
+    // searches nothing until it is valid or the toggle is off.
+    void togglesSearchAgainAndAnInvalidExpressionSaysSo()
+    {
+        auto store = launch();
+        const QString path = folder({});
+        writeFile(path + u"/a.md"_s, "Alpha (beta\nalphabet\n");
+        store->openFolder(fileUrl(path));
+        QSignalSpy options(store.get(), &WorkspaceStore::searchOptionsChanged);
+        store->updateSearch(u"alpha"_s);
+        QTRY_VERIFY(!store->isSearching());
+        QCOMPARE(store->searchResults().value(0).matches.size(), 2);
+
+        store->setSearchWholeWord(true);
+        QVERIFY(store->isSearching());
+        QTRY_VERIFY(!store->isSearching());
+        QCOMPARE(store->searchResults().value(0).matches.size(), 1);
+        store->setSearchCaseSensitive(true);
+        QTRY_VERIFY(!store->isSearching());
+        QVERIFY(store->searchResults().isEmpty());
+        QVERIFY(options.count() >= 2);
+
+        store->setSearchCaseSensitive(false);
+        store->setSearchWholeWord(false);
+        store->setSearchRegularExpression(true);
+        store->updateSearch(u"(beta"_s);
+        QCOMPARE(store->searchError(), u"Expression r\u00E9guli\u00E8re invalide"_s);
+        QVERIFY(!store->isSearching());
+        QVERIFY(store->searchResults().isEmpty());
+        store->updateSearch(u"\\(beta"_s);
+        QCOMPARE(store->searchError(), QString());
+        QTRY_VERIFY(!store->isSearching());
+        QCOMPARE(store->searchResults().size(), 1);
+        // The same text as plain text is valid at once.
+        store->updateSearch(u"(beta"_s);
+        store->setSearchRegularExpression(false);
+        QCOMPARE(store->searchError(), QString());
+        QTRY_VERIFY(!store->isSearching());
+        QCOMPARE(store->searchResults().size(), 1);
+    }
+
     void createsAndOpensNewDocuments()
     {
         auto store = launch();
