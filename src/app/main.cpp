@@ -53,6 +53,11 @@ int main(int argc, char *argv[])
     // by default (setting the variable to 0 turns it off).
     if (qEnvironmentVariableIsEmpty("QTWEBENGINE_ENABLE_LINUX_ACCESSIBILITY"))
         qputenv("QTWEBENGINE_ENABLE_LINUX_ACCESSIBILITY", "1");
+    // The web engine compresses the large strings it keeps, such as a script's source, a few
+    // seconds after their use. With zlib, a 10 MB document's start call kept a core busy for
+    // most of a second after the document showed; snappy does it in a tenth of the time.
+    if (qEnvironmentVariableIsEmpty("QTWEBENGINE_CHROMIUM_FLAGS"))
+        qputenv("QTWEBENGINE_CHROMIUM_FLAGS", "--enable-features=UseSnappyForParkableStrings");
     QtWebEngineQuick::initialize();
     QGuiApplication app(argc, argv);
     // The spelling dictionaries ship beside the editor page; the web profile reads them when it

@@ -10,13 +10,17 @@ namespace EditorScripts {
 // Text between backticks: backslashes doubled, then every backtick and every dollar sign
 // escaped, and carriage returns written as \r (raw, the script would read them as LF). Other
 // line breaks and quotes stay as they are.
-QString templateLiteral(const QString &text);
+QString templateLiteral(QStringView text);
+// The same text as template literals of at most 64 Ki units joined with `+`: the script engine
+// reads one literal of megabytes in a time that grows faster than its length (2 s for 10 MB,
+// against a third of a second in pieces).
+QString templateLiteralPieces(const QString &text);
 // Text between single quotes: backslashes doubled, then single quotes escaped.
 QString quoted(const QString &text);
 
 QString startCall(bool isDark);
-// The text is written once and handed to both calls: for megabytes, the page's script engine
-// reads every copy of the literal.
+// The text is written once, in pieces, and handed to both calls: for megabytes, the page's
+// script engine reads every copy of the literal.
 QString startCall(const QString &content, const QString &filePath, bool isDark);
 QString contentCall(const QString &content, const QString &filePath);
 QString themeCall(bool isDark);

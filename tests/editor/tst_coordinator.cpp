@@ -65,6 +65,35 @@ private Q_SLOTS:
                  u"`a \\`b\\` c\\\\d \\${e} \\$f 'g' \"h\"\\r\nfin`"_s);
         QCOMPARE(EditorScripts::templateLiteral(u"a\rb\u2028c"_s), u"`a\\rb\u2028c`"_s);
         QCOMPARE(EditorScripts::quoted(u"l'étape\\x"_s), u"'l\\'étape\\\\x'"_s);
+
+        // In pieces: each a literal of at most 64 Ki units, a surrogate pair never cut, and the
+        // pieces read back give the text.
+        QString large;
+        while (large.size() < 65'535)
+            large += u"é`$\\\r\n"_s;
+        large.truncate(65'535);
+        large += u"😀"_s + QString(70'000, u'x') + u"\r"_s;
+        const QString pieces = EditorScripts::templateLiteralPieces(large);
+        const QStringList literals = pieces.split(u"`+`"_s);
+        QCOMPARE(literals.size(), 3);
+        QString decoded;
+        for (const QString &literal : literals) {
+            const QStringView body = QStringView(literal)
+                                         .sliced(literal.startsWith(u'`'))
+                                         .chopped(literal.endsWith(u'`'));
+            QString piece;
+            for (qsizetype i = 0; i < body.size(); ++i) {
+                const bool escape = body[i] == u'\\';
+                piece += escape && body[i + 1] == u'r' ? QChar(u'\r') : body[i + escape];
+                i += escape;
+            }
+            QVERIFY(piece.size() <= 65'536);
+            QVERIFY(!piece.back().isHighSurrogate());
+            decoded += piece;
+        }
+        QCOMPARE(decoded.size(), large.size());
+        QCOMPARE(decoded, large);
+        QCOMPARE(EditorScripts::templateLiteralPieces(u"court"_s), u"`court`"_s);
     }
 
     void callsFollowTheFileAndTheLook()
