@@ -22,6 +22,8 @@ const result = await build({
   outfile: join(outdir, "editor.js"),
   logLevel: "warning",
   metafile: true,
+  // Icons drawn in the text (callouts) are bundled as their SVG source.
+  loader: { ".svg": "text" },
 });
 for (const file of ["editor.html", "editor.css"]) copyFileSync(join(here, file), join(outdir, file));
 

@@ -39,6 +39,10 @@ void Coordinator::setStore(WorkspaceStore *store)
         connect(store, &WorkspaceStore::headingScrollRequest, this, [this](const QString &id) {
             Q_EMIT scriptRequested(EditorScripts::scrollCall(id), false);
         });
+        connect(store, &WorkspaceStore::showSourceChanged, this, [this] {
+            if (m_pageLoaded)
+                Q_EMIT scriptRequested(EditorScripts::showSourceCall(m_store->showSource()), false);
+        });
         connect(store, &WorkspaceStore::rootURLChanged, this, [this] {
             if (m_pageLoaded)
                 Q_EMIT scriptRequested(EditorScripts::folderCall(FileUrl::path(m_store->rootURL())),
@@ -190,6 +194,9 @@ void Coordinator::navigationFinished()
     m_linkFacts.resend();
     if (m_store && !m_store->rootURL().isEmpty())
         Q_EMIT scriptRequested(EditorScripts::folderCall(FileUrl::path(m_store->rootURL())), false);
+    // Before the text, so the page draws it once, as chosen.
+    if (m_store && m_store->showSource())
+        Q_EMIT scriptRequested(EditorScripts::showSourceCall(true), false);
     const std::optional<EditorDocument> &document
         = m_store ? m_store->currentDocument() : std::nullopt;
     if (!document) {

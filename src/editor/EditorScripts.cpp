@@ -93,6 +93,12 @@ QString themeCall(bool isDark)
         + u"');"_s;
 }
 
+QString showSourceCall(bool shown)
+{
+    return u"window.Pagewell && window.Pagewell.setShowSource("_s + (shown ? u"true"_s : u"false"_s)
+        + u");"_s;
+}
+
 QString insertCall(const QString &snippet)
 {
     return u"window.Pagewell && window.Pagewell.insertText("_s + templateLiteral(snippet) + u");"_s;

@@ -24,6 +24,8 @@ QString startCall(bool isDark);
 QString startCall(const QString &content, const QString &filePath, bool isDark);
 QString contentCall(const QString &content, const QString &filePath);
 QString themeCall(bool isDark);
+// Every line as written, or the markup stepping aside away from the caret.
+QString showSourceCall(bool shown);
 QString insertCall(const QString &snippet);
 // The open document's text replaced from outside the page (a new version on disk, a restored
 // draft): the page takes it as one change, so undo brings the previous text back.

@@ -108,6 +108,15 @@ ApplicationWindow {
                 shortcut: StandardKey.SelectAll
                 onTriggered: window.editFocused("selectAll")
             }
+            MenuSeparator {
+            }
+            Action {
+                text: "Afficher la source"
+                shortcut: "Ctrl+E"
+                checkable: true
+                checked: WorkspaceStore.showSource
+                onTriggered: WorkspaceStore.showSource = checked
+            }
         }
         Menu {
             title: "Recherche"

@@ -62,6 +62,16 @@ void WorkspaceSession::rememberFile(const QString &path)
     store(lastFileKey, path);
 }
 
+bool WorkspaceSession::showSource() const
+{
+    return m_settings->value(showSourceKey, false).toBool();
+}
+
+void WorkspaceSession::rememberShowSource(bool shown)
+{
+    store(showSourceKey, shown);
+}
+
 void WorkspaceSession::clearRecentFolders()
 {
     setRecentFolderPaths({});

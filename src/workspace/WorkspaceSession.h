@@ -9,7 +9,8 @@
 #include <memory>
 
 // What the application remembers between launches, in the preferences store: the recent
-// folders (most recent first, at most ten), the last folder and the last file. Each write is
+// folders (most recent first, at most ten), the last folder and the last file, and whether
+// documents are shown as source. Each write is
 // synced at once, so the session survives a crash or a killed process.
 class WorkspaceSession : public QObject
 {
@@ -19,6 +20,7 @@ public:
     static inline const QString recentsKey = QStringLiteral("Pagewell.RecentFolders");
     static inline const QString lastFolderKey = QStringLiteral("Pagewell.LastFolder");
     static inline const QString lastFileKey = QStringLiteral("Pagewell.LastFile");
+    static inline const QString showSourceKey = QStringLiteral("Pagewell.ShowSource");
     static constexpr int maxRecentFolders = 10;
 
     explicit WorkspaceSession(std::unique_ptr<QSettings> settings, QObject *parent = nullptr);
@@ -30,6 +32,9 @@ public:
     // `path` is the last folder and the most recent one.
     void rememberFolder(const QString &path);
     void rememberFile(const QString &path);
+    // Whether documents show every line as written ("Afficher la source"); false when unset.
+    bool showSource() const;
+    void rememberShowSource(bool shown);
     // The recent folders and the last file follow a renamed or moved item.
     void replacePaths(const std::function<QString(const QString &)> &moved);
     void clearRecentFolders();

@@ -771,6 +771,14 @@ void WorkspaceStore::setOutlineVisible(bool visible)
     Q_EMIT isOutlineVisibleChanged();
 }
 
+void WorkspaceStore::setShowSource(bool shown)
+{
+    if (shown == showSource())
+        return;
+    m_session.rememberShowSource(shown);
+    Q_EMIT showSourceChanged();
+}
+
 void WorkspaceStore::setAlertMessage(const QString &message)
 {
     m_alertMessage = message;

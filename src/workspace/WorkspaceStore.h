@@ -64,6 +64,8 @@ class WorkspaceStore : public QObject
     Q_PROPERTY(QString fileFilterQuery READ fileFilterQuery NOTIFY fileFilterQueryChanged)
     Q_PROPERTY(bool isOutlineVisible READ isOutlineVisible WRITE setOutlineVisible NOTIFY
                    isOutlineVisibleChanged)
+    // Every line of every document shown as written, the markup never stepping aside; remembered.
+    Q_PROPERTY(bool showSource READ showSource WRITE setShowSource NOTIFY showSourceChanged)
     Q_PROPERTY(QString alertMessage READ alertMessage NOTIFY alertMessageChanged)
     Q_PROPERTY(bool showAlert READ showAlert WRITE setShowAlert NOTIFY showAlertChanged)
     // What the bar above the editor tells about the open document, and why a save waits.
@@ -111,6 +113,7 @@ public:
     bool isSearching() const { return m_search.isSearching(); }
     QString fileFilterQuery() const { return m_fileFilterQuery; }
     bool isOutlineVisible() const { return m_isOutlineVisible; }
+    bool showSource() const { return m_session.showSource(); }
     // Empty until the first failure; the next failure overwrites it.
     QString alertMessage() const { return m_alertMessage.value_or(QString()); }
     const std::optional<QString> &optionalAlertMessage() const { return m_alertMessage; }
@@ -131,6 +134,7 @@ public:
 
     void setSidebarMode(SidebarMode::Value mode);
     void setOutlineVisible(bool visible);
+    void setShowSource(bool shown);
     void setShowAlert(bool show);
 
     // Makes `url` the open folder, records it as the most recent one, scans it and opens the
@@ -278,6 +282,7 @@ Q_SIGNALS:
     void isSearchingChanged();
     void fileFilterQueryChanged();
     void isOutlineVisibleChanged();
+    void showSourceChanged();
     void alertMessageChanged();
     void showAlertChanged();
 

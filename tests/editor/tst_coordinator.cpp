@@ -7,7 +7,9 @@
 #include "model/FileUrl.h"
 
 #include <QJsonDocument>
+#include <QSettings>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -145,6 +147,46 @@ private Q_SLOTS:
         store->openFolder(QUrl::fromLocalFile(other));
         QVERIFY(calls.scripts.contains(u"window.Pagewell && window.Pagewell.setFolder('"_s + other
                                        + u"');"_s));
+    }
+
+    void sourceShownIsRememberedAndToldToThePage()
+    {
+        QTemporaryDir scratch;
+        const QString settings = scratch.filePath(u"settings.ini"_s);
+        auto makeRemembering = [&] {
+            return std::make_unique<WorkspaceStore>(
+                std::make_unique<QSettings>(settings, QSettings::IniFormat),
+                m_workspace.draftsFolder());
+        };
+        const QString call = u"window.Pagewell && window.Pagewell.setShowSource(true);"_s;
+        auto store = makeRemembering();
+        QVERIFY(!store->showSource());
+        Recorder calls;
+        auto coordinator = makeCoordinator(store.get(), false, calls);
+        // Before the page is there, nothing; the page's start says nothing of the default.
+        store->setShowSource(true);
+        store->setShowSource(false);
+        coordinator->navigationFinished();
+        QVERIFY(!calls.scripts.join(u'\n').contains(u"setShowSource"_s));
+        store->setShowSource(true);
+        store->setShowSource(true);
+        QCOMPARE(calls.scripts.filter(u"setShowSource"_s), QStringList {call});
+
+        // The next launch remembers it, and tells the page before its start.
+        store.reset();
+        auto next = makeRemembering();
+        QVERIFY(next->showSource());
+        Recorder started;
+        auto nextCoordinator = makeCoordinator(next.get(), false, started);
+        nextCoordinator->navigationFinished();
+        const qsizetype told = started.scripts.indexOf(call);
+        QVERIFY(told >= 0);
+        const qsizetype start
+            = started.scripts.indexOf(QRegularExpression(u".*Pagewell\\.init\\(.*"_s));
+        QVERIFY(start > told);
+        next->setShowSource(false);
+        QCOMPARE(started.scripts.last(),
+                 u"window.Pagewell && window.Pagewell.setShowSource(false);"_s);
     }
 
     void messages()

@@ -12,3 +12,7 @@ export const openFolder = Facet.define({ combine: (values) => values[0] ?? "" })
 
 // Whether the document's bytes start with a byte-order mark, which its text leaves out.
 export const byteOrderMark = Facet.define({ combine: (values) => values[0] ?? false });
+
+// Every line shown as written, in every document ("Afficher la source"), instead of the markup
+// stepping aside away from the caret.
+export const showSource = Facet.define({ combine: (values) => values.some(Boolean) });

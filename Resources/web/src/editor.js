@@ -25,10 +25,13 @@ import { completeOutline, outlineBlocks, outlineComplete, outlineField, outlineP
 import { linkAt, linkHints } from "./links.js";
 import { readFacts, setLinkFacts } from "./linkFacts.js";
 import { pictures } from "./pictures.js";
-import { LARGE_DOCUMENT, byteOrderMark, documentPath, openFolder } from "./document.js";
+import { LARGE_DOCUMENT, byteOrderMark, documentPath, openFolder, showSource } from "./document.js";
 import { tableGrids } from "./tables.js";
 import { detectLineSeparator, normalizeLineBreaks, splitByteOrderMark } from "./lineBreaks.js";
 import { lineChange } from "./lineChange.js";
+import { markupHiding } from "./markupHiding.js";
+import { callouts } from "./callouts.js";
+import { properties } from "./properties.js";
 
 // Pasted or dropped text takes the document's own line breaks, so a CRLF file stays CRLF.
 const pastedLineBreaks = EditorState.transactionFilter.of((tr) => {
@@ -83,6 +86,9 @@ export function createEditor(parent, { post }) {
   const folderSetting = new Compartment();
   // The path of the document shown, which a rename on the host changes in place.
   const pathSetting = new Compartment();
+  // Every line as source, or the markup away from the caret; the host's choice for all documents.
+  const sourceSetting = new Compartment();
+  let sourceShown = false;
   let folder = "";
   let themeName = "light";
   let view = null;
@@ -172,10 +178,15 @@ export function createEditor(parent, { post }) {
 
   // What a document shows beyond its text, each with the state it reads: the outline, pictures,
   // tables and links. Made once for this view, so what they measure outlives a document.
-  const documentFeatures = [blockStyles, outlineField, outlineParser, pictures(), tableGrids, linkHints];
+  const documentFeatures = [blockStyles, outlineField, outlineParser, pictures(), tableGrids, linkHints, markupHiding, callouts, properties];
 
   // The host's wiring: what the page posts, and what the host sets apart from the documents.
-  const hostWiring = () => [poster, theme.of(appearance(themeName)), folderSetting.of(openFolder.of(folder))];
+  const hostWiring = () => [
+    poster,
+    theme.of(appearance(themeName)),
+    folderSetting.of(openFolder.of(folder)),
+    sourceSetting.of(showSource.of(sourceShown)),
+  ];
 
   const extensions = () => [editingBasics, documentFeatures, hostWiring()];
 
@@ -237,6 +248,12 @@ export function createEditor(parent, { post }) {
     // another document than the one shown came too late, and are dropped.
     setLinkFacts(facts, path) {
       if (view && String(path ?? "") === currentPath()) view.dispatch({ effects: setLinkFacts.of(readFacts(facts)) });
+    },
+
+    // "Afficher la source": every line as written, or the markup shown only where the caret is.
+    setShowSource(shown) {
+      sourceShown = shown === true;
+      if (view) view.dispatch({ effects: sourceSetting.reconfigure(showSource.of(sourceShown)) });
     },
 
     setTheme(name) {

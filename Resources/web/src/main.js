@@ -10,6 +10,7 @@ window.Pagewell = Object.freeze({
   init: (markdown, isDark) => editor.init(markdown, isDark),
   setContent: (markdown, filePath) => editor.setContent(markdown, filePath),
   setTheme: (name) => editor.setTheme(name),
+  setShowSource: (shown) => editor.setShowSource(shown),
   insertText: (text) => editor.insertText(text),
   replaceContent: (markdown) => editor.replaceContent(markdown),
   requestSave: () => editor.requestSave(),

@@ -6,7 +6,7 @@ import { Decoration, EditorView, WidgetType, keymap } from "@codemirror/view";
 import { Prec, StateField } from "@codemirror/state";
 import { syntaxTree } from "@codemirror/language";
 import { headingText } from "./outline.js";
-import { LARGE_DOCUMENT } from "./document.js";
+import { LARGE_DOCUMENT, showSource } from "./document.js";
 
 const CONTAINERS = new Set(["Document", "BulletList", "OrderedList", "ListItem", "Blockquote"]);
 
@@ -82,7 +82,7 @@ class TableWidget extends WidgetType {
 }
 
 function tables(state) {
-  if (state.doc.length >= LARGE_DOCUMENT) return Decoration.none;
+  if (state.doc.length >= LARGE_DOCUMENT || state.facet(showSource)) return Decoration.none;
   const ranges = [];
   const selection = state.selection.ranges;
   syntaxTree(state).iterate({
@@ -112,7 +112,14 @@ const tableTheme = EditorView.baseTheme({
 const tableField = StateField.define({
   create: tables,
   update(set, tr) {
-    if (tr.docChanged || tr.selection || syntaxTree(tr.state) !== syntaxTree(tr.startState)) return tables(tr.state);
+    if (
+      tr.docChanged ||
+      tr.selection ||
+      tr.state.facet(showSource) !== tr.startState.facet(showSource) ||
+      syntaxTree(tr.state) !== syntaxTree(tr.startState)
+    ) {
+      return tables(tr.state);
+    }
     return set;
   },
   provide: (field) => EditorView.decorations.from(field),

@@ -43,10 +43,10 @@ test("loading text posts the outline once, never the text", async () => {
     await page.evaluate(() => window.Pagewell.init("# Début\n", false));
     assert.deepEqual(await messages(), [{ type: "headingsUpdated", headings: [{ id: "début", level: 1, text: "Début" }] }]);
     await clearMessages();
-    // Front matter is shown as metadata and left out of the outline.
+    // Front matter is shown as metadata, folded, and left out of the outline.
     await page.evaluate(() => window.Pagewell.setContent("---\ntitle: Guide\n---\nTitre\n=====\n\n## Suite\ntexte", "/w/a.md"));
     await settle(page);
-    assert.equal(await page.locator(".cm-line.cm-frontmatter").count(), 3);
+    assert.equal(await page.textContent(".cm-properties"), "Propriétés (1)");
     assert.deepEqual(await messages(), [
       {
         type: "headingsUpdated",
@@ -418,7 +418,8 @@ test("pictures show under their line, from the open folder only, never fetched f
       await page.evaluate(([f, d]) => window.Pagewell.setLinkFacts(f, `${d}/autre.md`), [facts, folder]);
       assert.equal(await page.locator(".cm-link-missing").count(), 0);
       await page.evaluate(([f, d]) => window.Pagewell.setLinkFacts(f, `${d}/doc.md`), [facts, folder]);
-      assert.deepEqual(await page.$$eval(".cm-link-missing", (m) => m.map((e) => e.textContent)), ["[perdu](nulle-part.md)", "[[Absent]]"]);
+      // (The marks hidden away from the caret cut the dotted links into pieces.)
+      assert.equal(await page.$$eval(".cm-link-missing", (m) => m.map((e) => e.textContent).join("")), "[perdu](nulle-part.md)[[Absent]]");
       const box = await page.$eval(".cm-picture img", (i) => [Math.round(i.getBoundingClientRect().width), Math.round(i.getBoundingClientRect().height)]);
       assert.deepEqual(box, [300, 100]);
       assert.equal((await page.$$eval(".cm-picture-mark", (m) => m.map((e) => e.textContent)))[0], "Image introuvable");
@@ -511,5 +512,174 @@ test("revealMatch selects a search hit's match mid-view, within its line whateve
     assert.equal(past.line, 10);
     assert.equal(past.text, lines[9].slice(30));
     assert.equal((await shown(5000, 0, 2)).line, 300);
+  });
+});
+
+// What each line shows: its text without the markup hidden away (kept at no width), with what is
+// drawn beside the text (the « › » of a wiki link, a callout's title); and what it reads to a
+// screen reader: its text without what is drawn (aria-hidden).
+function linesShown(page) {
+  return page.evaluate(() => {
+    const text = (node, skip) => {
+      if (node.nodeType === Node.TEXT_NODE) return node.data;
+      if (node.nodeType !== Node.ELEMENT_NODE || skip(node)) return "";
+      return [...node.childNodes].map((c) => text(c, skip)).join("");
+    };
+    return [...document.querySelectorAll(".cm-line")].map((line) => ({
+      shown: text(line, (e) => e.classList.contains("cm-hidden-markup") && e.getBoundingClientRect().width === 0),
+      read: text(line, (e) => e.getAttribute("aria-hidden") === "true"),
+    }));
+  });
+}
+
+function putCaret(page, lineNumber) {
+  return page.evaluate((n) => {
+    const view = window.__pagewellEditor.view;
+    view.dispatch({ selection: { anchor: view.state.doc.line(n).from + 1 } });
+    view.focus();
+  }, lineNumber);
+}
+
+test("markup steps aside away from the caret and shows where the caret is, at the same height", async () => {
+  await withEditor(async ({ page, text }) => {
+    const source = [
+      "Premier",
+      "# Titre **gras** #",
+      "Un **coffre** est *local*, ~~vieux~~ et `code **brut**`.",
+      'Voir [Télécharger](https://exemple.fr/a "Page") et [réf][1], https://exemple.fr/nu.',
+      "Wiki [[Créer un coffre|le guide]], [[Synchroniser#Sur mobile]], [[Index]] et `[[code]]`.",
+      "> Citée **ici**",
+      "- Puce",
+      "1. Nombre",
+      "",
+      "---",
+      "",
+      "<!-- note -->",
+      "",
+      "[1]: https://exemple.fr/r",
+    ].join("\n");
+    await page.evaluate((t) => window.Pagewell.setContent(t, "/w/m.md"), source);
+    // The parse may reach the last lines in a later slice on a busy machine.
+    await page.waitForFunction(() => [...document.querySelectorAll(".cm-hidden-markup")].some((e) => e.textContent === "> "));
+    await settle(page);
+    const lines = source.split("\n");
+    const away = await linesShown(page);
+    assert.deepEqual(
+      away.map((l) => l.shown),
+      [
+        "Premier",
+        "Titre gras",
+        "Un coffre est local, vieux et code **brut**.",
+        "Voir Télécharger et réf, https://exemple.fr/nu.",
+        "Wiki le guide, Synchroniser › Sur mobile, Index et [[code]].",
+        "Citée ici",
+        "- Puce",
+        "1. Nombre",
+        "",
+        "---",
+        "",
+        "<!-- note -->",
+        "",
+        "[1]: https://exemple.fr/r",
+      ],
+    );
+    // The marks stay in the text a screen reader reads.
+    assert.deepEqual(away.map((l) => l.read), lines);
+    assert.equal(await page.$$eval(".cm-bullet", (b) => b.length), 1);
+    assert.equal(await page.$$eval(".cm-line.cm-rule", (r) => r.length), 1);
+    assert.equal(await page.$$eval(".cm-html-comment", (c) => c.length), 1);
+
+    // Each line the caret enters shows its source, and keeps its place and height.
+    for (const n of [2, 3, 4, 5, 6]) {
+      const box = () => page.evaluate((k) => {
+        const view = window.__pagewellEditor.view;
+        const block = view.lineBlockAt(view.state.doc.line(k).from);
+        return { top: block.top, height: block.height, next: view.lineBlockAt(view.state.doc.line(k + 1).from).top };
+      }, n);
+      const before = await box();
+      await putCaret(page, n);
+      await settle(page);
+      const on = await linesShown(page);
+      assert.equal(on[n - 1].shown, lines[n - 1], `line ${n} as source`);
+      assert.equal(on[0].shown, "Premier");
+      assert.deepEqual(await box(), before, `line ${n} stays where it was`);
+    }
+    // A selection across lines shows all of them.
+    await page.evaluate(() => {
+      const view = window.__pagewellEditor.view;
+      view.dispatch({ selection: { anchor: view.state.doc.line(3).from + 2, head: view.state.doc.line(5).from + 2 } });
+    });
+    await settle(page);
+    assert.deepEqual((await linesShown(page)).slice(2, 5).map((l) => l.shown), lines.slice(2, 5));
+    assert.equal(await text(), source);
+  });
+});
+
+test("task items are check boxes a click toggles as an edit; callouts are boxes; front matter is folded", async () => {
+  await withEditor(async ({ page, text, messages }) => {
+    const source = [
+      "---",
+      "titre: Coffre",
+      "tags: [a, b]",
+      "---",
+      "Début",
+      "- [ ] Choisir un dossier",
+      "- [x] Nommer le coffre",
+      "",
+      "> [!warning]",
+      "> Deux fois.",
+      "",
+      "> [!tip]- Repliée",
+      "> Cachée.",
+      "",
+      "> [!note] À savoir",
+      "> Simple.",
+      "Fin",
+    ].join("\n");
+    await page.evaluate((t) => window.Pagewell.setContent(t, "/w/t.md"), source);
+    await settle(page);
+    assert.equal(await page.textContent(".cm-properties"), "Propriétés (2)");
+    const boxes = () => page.$$eval(".cm-task", (b) => b.map((e) => [e.getAttribute("role"), e.getAttribute("aria-label"), e.getAttribute("aria-pressed")]));
+    assert.deepEqual(await boxes(), [
+      ["button", "Choisir un dossier", "false"],
+      ["button", "Nommer le coffre", "true"],
+    ]);
+    // (An icon's SVG source brings white space of its own.)
+    const shown = async () => (await linesShown(page)).map((l) => l.shown.trim());
+    const lines = await shown();
+    assert.ok(lines.includes("Choisir un dossier"), lines.join("|"));
+    assert.ok(lines.includes("Attention") && lines.includes("Deux fois."), lines.join("|"));
+    assert.ok(lines.includes("Repliée …") && !lines.includes("Cachée."), lines.join("|"));
+    assert.ok(lines.includes("À savoir"), lines.join("|"));
+    assert.equal(await page.$$eval(".cm-callout-first", (l) => l.length), 3);
+
+    // A click on a box: "[x]" written as an ordinary edit, posted, and taken back by undo.
+    await page.click(".cm-task >> nth=0");
+    await settle(page);
+    assert.equal(await text(), source.replace("- [ ] Choisir", "- [x] Choisir"));
+    assert.equal(lastContent(await messages()), source.replace("- [ ] Choisir", "- [x] Choisir"));
+    assert.deepEqual((await boxes())[0], ["button", "Choisir un dossier", "true"]);
+    await page.keyboard.press("Control+z");
+    await settle(page);
+    assert.equal(await text(), source);
+
+    // The folded callout's title unfolds it; the properties line shows the front matter.
+    await page.click(".cm-callout-head >> nth=1");
+    await settle(page);
+    assert.ok((await shown()).includes("Cachée."));
+    await page.click(".cm-properties");
+    await settle(page);
+    assert.equal(await page.$$eval(".cm-properties", (p) => p.length), 0);
+    assert.equal((await shown())[1], "titre: Coffre");
+
+    // "Afficher la source": every line as written, whatever the caret; and back.
+    await page.evaluate(() => window.Pagewell.setShowSource(true));
+    await settle(page);
+    assert.deepEqual(await shown(), source.split("\n"));
+    assert.equal(await page.$$eval(".cm-task, .cm-callout", (e) => e.length), 0);
+    await page.evaluate(() => window.Pagewell.setShowSource(false));
+    await settle(page);
+    assert.equal(await page.$$eval(".cm-task", (e) => e.length), 2);
+    assert.equal(await text(), source);
   });
 });
