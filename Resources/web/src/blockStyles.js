@@ -16,7 +16,7 @@ const headingClass = {
 const blockClass = { FencedCode: "cm-codeblock", CodeBlock: "cm-codeblock", FrontMatter: "cm-frontmatter", Table: "cm-table" };
 
 const lineDecorations = new Map();
-function lineDecoration(cls) {
+export function lineDecoration(cls) {
   let deco = lineDecorations.get(cls);
   if (!deco) lineDecorations.set(cls, (deco = Decoration.line({ class: cls })));
   return deco;

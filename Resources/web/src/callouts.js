@@ -7,7 +7,9 @@ import { Decoration, EditorView, WidgetType } from "@codemirror/view";
 import { StateEffect, StateField } from "@codemirror/state";
 import { syntaxTree } from "@codemirror/language";
 import { LARGE_DOCUMENT, showSource } from "./document.js";
-import { selectedLines } from "./markupHiding.js";
+import { drawnAnew, selectedLines } from "./caretLines.js";
+import { hidden } from "./markupHiding.js";
+import { lineDecoration } from "./blockStyles.js";
 import infoIcon from "bootstrap-icons/icons/info-circle.svg";
 import tipIcon from "bootstrap-icons/icons/lightbulb.svg";
 import successIcon from "bootstrap-icons/icons/check-circle.svg";
@@ -60,16 +62,15 @@ export function calloutOf(text) {
 const toggleFold = StateEffect.define({ map: (pos, changes) => changes.mapPos(pos) });
 
 class TitleWidget extends WidgetType {
-  constructor(callout, at) {
+  constructor(callout) {
     super();
     this.callout = callout;
-    this.at = at;
   }
 
   eq(other) {
     const a = this.callout;
     const b = other.callout;
-    return other.at === this.at && a.kind === b.kind && a.title === b.title && a.written === b.written && a.fold === b.fold && a.folded === b.folded;
+    return a.kind === b.kind && a.title === b.title && a.written === b.written && a.fold === b.fold && a.folded === b.folded;
   }
 
   toDOM(view) {
@@ -94,7 +95,7 @@ class TitleWidget extends WidgetType {
       span.style.cursor = "pointer";
       span.addEventListener("mousedown", (event) => {
         event.preventDefault();
-        view.dispatch({ effects: toggleFold.of(this.at) });
+        view.dispatch({ effects: toggleFold.of(view.state.doc.lineAt(view.posAtDOM(span)).from) });
       });
     }
     return span;
@@ -119,12 +120,6 @@ class FoldedWidget extends WidgetType {
   }
 }
 
-const lineDecorations = new Map();
-function lineClass(cls) {
-  let deco = lineDecorations.get(cls);
-  if (!deco) lineDecorations.set(cls, (deco = Decoration.line({ class: cls })));
-  return deco;
-}
 const titleMark = Decoration.mark({ class: "cm-callout-title" });
 
 function decorate(state, toggled) {
@@ -147,13 +142,13 @@ function decorate(state, toggled) {
         let cls = `cm-callout cm-callout-${callout.tone}`;
         if (n === first.number) cls += " cm-callout-first";
         if (n === end) cls += " cm-callout-last";
-        ranges.push(lineClass(cls).range(doc.line(n).from));
+        ranges.push(lineDecoration(cls).range(doc.line(n).from));
       }
       const onTitle = selected.some(([a, b]) => a <= first.to && b >= first.from);
       if (!onTitle) {
         const head = first.from + callout.head;
-        ranges.push(Decoration.mark({ class: "cm-hidden-markup" }).range(first.from, head));
-        ranges.push(Decoration.widget({ widget: new TitleWidget(callout, first.from), side: 1 }).range(head));
+        ranges.push(hidden.range(first.from, head));
+        ranges.push(Decoration.widget({ widget: new TitleWidget(callout), side: 1 }).range(head));
         if (head < first.to) ranges.push(titleMark.range(head, first.to));
       }
       if (folded) ranges.push(Decoration.replace({ widget: new FoldedWidget() }).range(first.to, last.to));
@@ -174,15 +169,7 @@ const calloutField = StateField.define({
       if (toggled.has(effect.value)) toggled.delete(effect.value);
       else toggled.add(effect.value);
     }
-    if (
-      toggled === value.toggled &&
-      !tr.docChanged &&
-      !tr.selection &&
-      tr.state.facet(showSource) === tr.startState.facet(showSource) &&
-      syntaxTree(tr.state) === syntaxTree(tr.startState)
-    ) {
-      return value;
-    }
+    if (toggled === value.toggled && !drawnAnew(tr.startState, tr.state, tr.docChanged, !!tr.selection)) return value;
     return { toggled, decorations: decorate(tr.state, toggled) };
   },
   provide: (field) => EditorView.decorations.from(field, (value) => value.decorations),

@@ -11,8 +11,9 @@
 import { Decoration, EditorView, ViewPlugin, WidgetType } from "@codemirror/view";
 import { syntaxTree } from "@codemirror/language";
 import { showSource } from "./document.js";
+import { drawnAnew, selectedLines } from "./caretLines.js";
 
-const hidden = Decoration.mark({ class: "cm-hidden-markup" });
+export const hidden = Decoration.mark({ class: "cm-hidden-markup" });
 const bullet = Decoration.mark({ class: "cm-bullet" });
 const wikiLink = Decoration.mark({ class: "cm-wikilink" });
 const comment = Decoration.mark({ class: "cm-html-comment" });
@@ -22,11 +23,6 @@ const WIKI = /\[\[([^[\]|#\n]*)(#[^[\]|\n]*)?(\|[^[\]\n]*)?\]\]/g;
 const CODE = new Set(["FencedCode", "CodeBlock", "InlineCode", "CommentBlock", "HTMLBlock"]);
 const MARKED = new Set(["Emphasis", "StrongEmphasis", "Strikethrough", "InlineCode"]);
 const MARKS = new Set(["EmphasisMark", "StrikethroughMark", "CodeMark"]);
-
-// The lines the selection is on, as [from, to] of whole lines.
-export function selectedLines(state) {
-  return state.selection.ranges.map((r) => [state.doc.lineAt(r.from).from, state.doc.lineAt(r.to).to]);
-}
 
 // Whether [from, to] shares a line with the selection.
 function touches(lines, state, from, to) {
@@ -51,15 +47,14 @@ class SeparatorWidget extends WidgetType {
 
 // A task item's box: a button that writes "[x]" or "[ ]" into the text, as typing would.
 class TaskWidget extends WidgetType {
-  constructor(checked, name, at) {
+  constructor(checked, name) {
     super();
     this.checked = checked;
     this.name = name;
-    this.at = at;
   }
 
   eq(other) {
-    return other.checked === this.checked && other.name === this.name && other.at === this.at;
+    return other.checked === this.checked && other.name === this.name;
   }
 
   toDOM(view) {
@@ -69,9 +64,10 @@ class TaskWidget extends WidgetType {
     box.setAttribute("aria-pressed", String(this.checked));
     box.setAttribute("aria-label", this.name);
     box.tabIndex = -1;
+    // The box stands just before its marker, wherever edits above have moved it since.
     const toggle = (event) => {
       event.preventDefault();
-      toggleTask(view, this.at);
+      toggleTask(view, view.posAtDOM(box));
     };
     box.addEventListener("mousedown", toggle);
     box.addEventListener("keydown", (event) => {
@@ -166,7 +162,7 @@ function decorate(view) {
             const text = doc.sliceString(end, line.to).trim();
             const checked = /x/i.test(doc.sliceString(marker.from + 1, marker.to - 1));
             hide(mark.from, spacesAfter(doc, mark.to, marker.from));
-            ranges.push(Decoration.widget({ widget: new TaskWidget(checked, text, marker.from), side: 1 }).range(marker.from));
+            ranges.push(Decoration.widget({ widget: new TaskWidget(checked, text), side: 1 }).range(marker.from));
             hide(marker.from, end);
           } else if (node.node.parent?.name === "BulletList") {
             ranges.push(bullet.range(mark.from, mark.to));
@@ -230,13 +226,7 @@ export const markupHiding = [
       }
 
       update(update) {
-        if (
-          update.docChanged ||
-          update.viewportChanged ||
-          update.selectionSet ||
-          update.state.facet(showSource) !== update.startState.facet(showSource) ||
-          syntaxTree(update.state) !== syntaxTree(update.startState)
-        ) {
+        if (update.viewportChanged || drawnAnew(update.startState, update.state, update.docChanged, update.selectionSet)) {
           this.decorations = decorate(update.view);
         }
       }
@@ -249,11 +239,7 @@ export const markupHiding = [
     ".cm-bullet": { position: "relative" },
     ".cm-bullet, .cm-bullet *, .cm-line.cm-rule, .cm-line.cm-rule *": { color: "transparent !important" },
     ".cm-bullet::before": { content: '"•" / ""', position: "absolute", left: "0", right: "0", textAlign: "center" },
-    "&light .cm-bullet::before": { color: "#6e6e73 !important" },
-    "&dark .cm-bullet::before": { color: "#a1a1a6 !important" },
     ".cm-html-comment": { opacity: "0.55" },
-    "&light .cm-wikilink": { color: "#0a5fc2" },
-    "&dark .cm-wikilink": { color: "#6cb2ff" },
     ".cm-line.cm-rule": { backgroundImage: "linear-gradient(#8886, #8886)", backgroundSize: "100% 1px", backgroundPosition: "0 50%", backgroundRepeat: "no-repeat" },
     ".cm-task": {
       display: "inline-block",
@@ -262,12 +248,10 @@ export const markupHiding = [
       height: "0.95em",
       margin: "0 0.45em 0 0.1em",
       verticalAlign: "-0.12em",
-      border: "1.5px solid #8e8e93",
+      border: "1.5px solid",
       borderRadius: "3px",
       cursor: "pointer",
     },
-    "&light .cm-task-checked": { backgroundColor: "#0a5fc2", borderColor: "#0a5fc2" },
-    "&dark .cm-task-checked": { backgroundColor: "#6cb2ff", borderColor: "#6cb2ff" },
     ".cm-task-checked::after": {
       content: '""',
       display: "block",

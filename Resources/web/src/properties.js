@@ -5,6 +5,7 @@ import { Decoration, EditorView, WidgetType } from "@codemirror/view";
 import { StateEffect, StateField } from "@codemirror/state";
 import { syntaxTree } from "@codemirror/language";
 import { showSource } from "./document.js";
+import { drawnAnew } from "./caretLines.js";
 
 const unfold = StateEffect.define();
 
@@ -56,15 +57,7 @@ const propertiesField = StateField.define({
   create: (state) => ({ unfolded: false, decorations: decorate(state, false) }),
   update(value, tr) {
     const unfolded = value.unfolded || tr.effects.some((e) => e.is(unfold));
-    if (
-      unfolded === value.unfolded &&
-      !tr.docChanged &&
-      !tr.selection &&
-      tr.state.facet(showSource) === tr.startState.facet(showSource) &&
-      syntaxTree(tr.state) === syntaxTree(tr.startState)
-    ) {
-      return value;
-    }
+    if (unfolded === value.unfolded && !drawnAnew(tr.startState, tr.state, tr.docChanged, !!tr.selection)) return value;
     return { unfolded, decorations: decorate(tr.state, unfolded) };
   },
   provide: (field) => EditorView.decorations.from(field, (value) => value.decorations),

@@ -7,6 +7,7 @@ import { Prec, StateField } from "@codemirror/state";
 import { syntaxTree } from "@codemirror/language";
 import { headingText } from "./outline.js";
 import { LARGE_DOCUMENT, showSource } from "./document.js";
+import { drawnAnew } from "./caretLines.js";
 
 const CONTAINERS = new Set(["Document", "BulletList", "OrderedList", "ListItem", "Blockquote"]);
 
@@ -112,14 +113,7 @@ const tableTheme = EditorView.baseTheme({
 const tableField = StateField.define({
   create: tables,
   update(set, tr) {
-    if (
-      tr.docChanged ||
-      tr.selection ||
-      tr.state.facet(showSource) !== tr.startState.facet(showSource) ||
-      syntaxTree(tr.state) !== syntaxTree(tr.startState)
-    ) {
-      return tables(tr.state);
-    }
+    if (drawnAnew(tr.startState, tr.state, tr.docChanged, !!tr.selection)) return tables(tr.state);
     return set;
   },
   provide: (field) => EditorView.decorations.from(field),

@@ -120,6 +120,11 @@ function editorTheme(p, dark) {
       ".cm-quote": { borderLeft: `3px solid ${p.quote}`, paddingLeft: "0.9em !important", color: p.muted },
       ".cm-frontmatter": { fontFamily: monospace, fontSize: "0.86em", color: p.muted },
       ".cm-table": { fontFamily: monospace, fontSize: "0.9em" },
+      // What is drawn away from the caret (see markupHiding.js).
+      ".cm-wikilink": { color: p.accent },
+      ".cm-bullet::before": { color: `${p.muted} !important` },
+      ".cm-task": { borderColor: p.muted },
+      ".cm-task.cm-task-checked": { backgroundColor: p.accent, borderColor: p.accent },
     },
     { dark },
   );
