@@ -1,9 +1,11 @@
 // Bundles the editor page into OUTDIR (default: dist/): editor.html, editor.css and one
-// editor.js for Chromium 102, the engine of Qt 6.4's web view. Everything the page needs is in
-// those files; nothing is fetched at run time. The licences of the packages in the bundle go to
-// licenses.txt beside it. PAGEWELL_NO_MINIFY=1 keeps the code readable for profiling.
+// editor.js for Chromium 102, the engine of Qt 6.4's web view; KaTeX's style sheet and fonts in
+// katex/; and diagrams.js, the diagram library, which the page loads only for a document with a
+// diagram. Everything the page needs is in those files; nothing is fetched at run time. The
+// licences of the packages bundled go to licenses.txt beside them. PAGEWELL_NO_MINIFY=1 keeps
+// the code readable for profiling.
 import { build } from "esbuild";
-import { copyFileSync, existsSync, mkdirSync, readFileSync, writeFileSync } from "node:fs";
+import { copyFileSync, existsSync, mkdirSync, readFileSync, readdirSync, writeFileSync } from "node:fs";
 import { dirname, join } from "node:path";
 import { fileURLToPath } from "node:url";
 
@@ -11,25 +13,35 @@ const here = dirname(fileURLToPath(import.meta.url));
 const outdir = process.argv[2] || join(here, "dist");
 mkdirSync(outdir, { recursive: true });
 
-const result = await build({
-  entryPoints: [join(here, "src/main.js")],
-  bundle: true,
-  format: "iife",
-  target: "chrome102",
-  minify: process.env.PAGEWELL_NO_MINIFY ? false : true,
-  sourcemap: false,
-  legalComments: "none",
-  outfile: join(outdir, "editor.js"),
-  logLevel: "warning",
-  metafile: true,
-  // Icons drawn in the text (callouts) are bundled as their SVG source.
-  loader: { ".svg": "text" },
-});
+const bundle = (entry, outfile) =>
+  build({
+    entryPoints: [join(here, entry)],
+    bundle: true,
+    format: "iife",
+    target: "chrome102",
+    minify: process.env.PAGEWELL_NO_MINIFY ? false : true,
+    sourcemap: false,
+    legalComments: "none",
+    outfile: join(outdir, outfile),
+    logLevel: "warning",
+    metafile: true,
+    // Icons drawn in the text (callouts) are bundled as their SVG source.
+    loader: { ".svg": "text" },
+  });
+const results = await Promise.all([bundle("src/main.js", "editor.js"), bundle("src/diagramEngine.js", "diagrams.js")]);
 for (const file of ["editor.html", "editor.css"]) copyFileSync(join(here, file), join(outdir, file));
 
+// KaTeX's style sheet and its fonts, in the one format the web view needs.
+const katex = join(here, "node_modules/katex/dist");
+mkdirSync(join(outdir, "katex/fonts"), { recursive: true });
+copyFileSync(join(katex, "katex.min.css"), join(outdir, "katex/katex.min.css"));
+for (const font of readdirSync(join(katex, "fonts")).filter((f) => f.endsWith(".woff2"))) {
+  copyFileSync(join(katex, "fonts", font), join(outdir, "katex/fonts", font));
+}
+
 // One entry per npm package that ended up in the bundle, with its licence text.
-const packages = new Map();
-for (const input of Object.keys(result.metafile.inputs)) {
+const packages = new Map([["katex", join(here, "node_modules/katex")]]);
+for (const input of results.flatMap((result) => Object.keys(result.metafile.inputs))) {
   const match = /node_modules\/((?:@[^/]+\/)?[^/]+)\//.exec(input);
   if (match) packages.set(match[1], join(here, "node_modules", match[1]));
 }

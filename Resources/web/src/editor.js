@@ -27,6 +27,9 @@ import { readFacts, setLinkFacts } from "./linkFacts.js";
 import { pictures } from "./pictures.js";
 import { LARGE_DOCUMENT, byteOrderMark, documentPath, openFolder, showSource } from "./document.js";
 import { tableGrids } from "./tables.js";
+import { blockDrawings } from "./blockDrawings.js";
+import { formulas } from "./math.js";
+import { diagrams } from "./diagrams.js";
 import { detectLineSeparator, normalizeLineBreaks, splitByteOrderMark } from "./lineBreaks.js";
 import { lineChange } from "./lineChange.js";
 import { markupHiding } from "./markupHiding.js";
@@ -177,8 +180,22 @@ export function createEditor(parent, { post }) {
   ];
 
   // What a document shows beyond its text, each with the state it reads: the outline, pictures,
-  // tables and links. Made once for this view, so what they measure outlives a document.
-  const documentFeatures = [blockStyles, outlineField, outlineParser, pictures(), tableGrids, linkHints, markupHiding, callouts, properties];
+  // tables, formulas, diagrams and links. Made once for this view, so what they measure outlives
+  // a document.
+  const documentFeatures = [
+    blockStyles,
+    outlineField,
+    outlineParser,
+    pictures(),
+    blockDrawings,
+    tableGrids,
+    formulas,
+    diagrams,
+    linkHints,
+    markupHiding,
+    callouts,
+    properties,
+  ];
 
   // The host's wiring: what the page posts, and what the host sets apart from the documents.
   const hostWiring = () => [

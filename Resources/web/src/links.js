@@ -11,7 +11,7 @@ const ADDRESS = /\bhttps?:\/\/[^\s<>()[\]`"']+/g;
 // Punctuation that ends a sentence rather than the address.
 const TRAILING = /[.,;:!?]+$/;
 const WIKI = /\[\[[^[\]\n]+\]\]/g;
-const CODE = new Set(["InlineCode", "FencedCode", "CodeBlock"]);
+const CODE = new Set(["InlineCode", "FencedCode", "CodeBlock", "InlineMath", "BlockMath"]);
 
 // The http(s) address in `text` that covers the offset `at`, or null.
 export function addressAt(text, at) {

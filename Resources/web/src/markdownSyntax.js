@@ -1,10 +1,11 @@
-// The editor's Markdown: CommonMark with GitHub's extensions and front matter, the code of fenced
+// The editor's Markdown: CommonMark with GitHub's extensions, front matter and formulas, the code of fenced
 // blocks highlighted in its own language. And the same blocks as the outline reads them.
 import { markdown, markdownLanguage } from "@codemirror/lang-markdown";
 import { frontMatter } from "./frontMatter.js";
+import { mathSyntax } from "./mathSyntax.js";
 import { blocksOnly } from "./outline.js";
 
-const extensions = [frontMatter];
+const extensions = [frontMatter, mathSyntax];
 
 export function markdownSyntax(codeLanguages) {
   return {

@@ -8,10 +8,10 @@
 // and a screen reader reads is the document's, and no line changes height when it shows. What is
 // drawn instead (a check box, the « › » of a wiki link) is beside the text, hidden from screen
 // readers but for the check box, a button named after its item.
-import { Decoration, EditorView, ViewPlugin, WidgetType } from "@codemirror/view";
+import { Decoration, EditorView, WidgetType } from "@codemirror/view";
 import { syntaxTree } from "@codemirror/language";
 import { showSource } from "./document.js";
-import { drawnAnew, selectedLines } from "./caretLines.js";
+import { selectedLines, visibleLinesDrawing } from "./caretLines.js";
 
 export const hidden = Decoration.mark({ class: "cm-hidden-markup" });
 const bullet = Decoration.mark({ class: "cm-bullet" });
@@ -20,7 +20,7 @@ const comment = Decoration.mark({ class: "cm-html-comment" });
 const rule = Decoration.line({ class: "cm-rule" });
 
 const WIKI = /\[\[([^[\]|#\n]*)(#[^[\]|\n]*)?(\|[^[\]\n]*)?\]\]/g;
-const CODE = new Set(["FencedCode", "CodeBlock", "InlineCode", "CommentBlock", "HTMLBlock"]);
+const CODE = new Set(["FencedCode", "CodeBlock", "InlineCode", "CommentBlock", "HTMLBlock", "InlineMath", "BlockMath"]);
 const MARKED = new Set(["Emphasis", "StrongEmphasis", "Strikethrough", "InlineCode"]);
 const MARKS = new Set(["EmphasisMark", "StrikethroughMark", "CodeMark"]);
 
@@ -115,7 +115,7 @@ function decorate(view) {
       to,
       enter(node) {
         const name = node.name;
-        if (name === "FencedCode" || name === "CodeBlock" || name === "Image" || name === "FrontMatter") return false;
+        if (name === "FencedCode" || name === "CodeBlock" || name === "Image" || name === "FrontMatter" || name.endsWith("Math")) return false;
         if (name === "Comment" || name === "CommentBlock") {
           ranges.push(comment.range(node.from, node.to));
           return false;
@@ -169,6 +169,11 @@ function decorate(view) {
           }
           return true;
         }
+        if (name === "Escape") {
+          // "\*" reads as "*".
+          if (!lineTouched(node.from)) hide(node.from, node.from + 1);
+          return false;
+        }
         if (name === "HorizontalRule") {
           if (!lineTouched(node.from)) ranges.push(rule.range(doc.lineAt(node.from).from));
           return false;
@@ -219,20 +224,7 @@ function wikiLinks(state, tree, lines, from, to, ranges) {
 }
 
 export const markupHiding = [
-  ViewPlugin.fromClass(
-    class {
-      constructor(view) {
-        this.decorations = decorate(view);
-      }
-
-      update(update) {
-        if (update.viewportChanged || drawnAnew(update.startState, update.state, update.docChanged, update.selectionSet)) {
-          this.decorations = decorate(update.view);
-        }
-      }
-    },
-    { decorations: (plugin) => plugin.decorations },
-  ),
+  visibleLinesDrawing(decorate),
   EditorView.baseTheme({
     // At no width, still in the text: the line keeps its height, screen readers their text.
     ".cm-hidden-markup": { fontSize: "0" },

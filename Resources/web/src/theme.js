@@ -20,6 +20,7 @@ const palettes = {
     searchMatch: "#fbe7a1",
     searchCurrent: "#f5c04a",
     panel: "#f5f5f7",
+    error: "#c4262e",
     // code
     keyword: "#a626a4",
     string: "#2f7d32",
@@ -44,6 +45,7 @@ const palettes = {
     searchMatch: "#5b4a16",
     searchCurrent: "#8a6a12",
     panel: "#26262a",
+    error: "#ff8f8f",
     keyword: "#d68bd4",
     string: "#8fcf8f",
     number: "#f0a35e",
@@ -75,7 +77,7 @@ function editorTheme(p, dark) {
       },
       ".cm-selectionBackground": { backgroundColor: p.selectionBlurred },
       ".cm-activeLine": { backgroundColor: "transparent" },
-      ".cm-specialChar": { color: dark ? "#ff8f8f" : "#c4262e" },
+      ".cm-specialChar": { color: p.error },
       ".cm-searchMatch": { backgroundColor: p.searchMatch, borderRadius: "2px" },
       ".cm-searchMatch.cm-searchMatch-selected": { backgroundColor: p.searchCurrent },
       ".cm-matchingBracket, &.cm-focused .cm-matchingBracket": { backgroundColor: "transparent", outline: `1px solid ${p.markup}` },
@@ -125,6 +127,10 @@ function editorTheme(p, dark) {
       ".cm-bullet::before": { color: `${p.muted} !important` },
       ".cm-task": { borderColor: p.muted },
       ".cm-task.cm-task-checked": { backgroundColor: p.accent, borderColor: p.accent },
+      // Formulas and diagrams that do not parse (see math.js and diagrams.js).
+      ".cm-math-error, .cm-diagram-message": { color: p.error },
+      ".cm-math-error": { fontFamily: monospace, fontSize: "0.9em" },
+      ".cm-diagram-source": { fontFamily: monospace, fontSize: "0.86em", color: p.muted },
     },
     { dark },
   );
@@ -157,7 +163,7 @@ function highlightStyle(p) {
     { tag: [t.typeName, t.className, t.namespace, t.tagName], color: p.type },
     { tag: [t.function(t.variableName), t.function(t.propertyName), t.macroName], color: p.function },
     { tag: [t.attributeName, t.propertyName], color: p.function },
-    { tag: t.invalid, color: "#d0312d" },
+    { tag: t.invalid, color: p.error },
   ]);
 }
 

@@ -683,3 +683,140 @@ test("task items are check boxes a click toggles as an edit; callouts are boxes;
     assert.equal(await text(), source);
   });
 });
+
+test("formulas are typeset away from the caret; currency, escapes and code stay text; errors show their source", async () => {
+  await withEditor(async ({ page, text }) => {
+    const source = [
+      "Soit $E = mc^2$ et $\\sqrt{a^2+b^2}$.",
+      "Prix 5 $ et 10 $ ; \\$5 et `$x$`.",
+      "Faux $\\frac{1$ ici.",
+      "$$",
+      "\\int_0^1 x^2\\,dx = \\frac{1}{3}",
+      "$$",
+      "```math",
+      "\\sum_{k=1}^{n} k",
+      "```",
+      "Fin",
+    ].join("\n");
+    await page.evaluate((t) => window.Pagewell.setContent(t, "/w/f.md"), source);
+    await putCaret(page, 10);
+    await settle(page);
+    const inline = () => page.$$eval(".cm-math-inline:not(.cm-math-error)", (m) => m.map((e) => e.querySelector("annotation")?.textContent));
+    assert.deepEqual(await inline(), ["E = mc^2", "\\sqrt{a^2+b^2}"]);
+    assert.equal(await page.$$eval(".cm-math-block .katex-display", (m) => m.length), 2);
+    const error = await page.$eval(".cm-math-error", (e) => ({ shown: e.textContent, title: e.title }));
+    assert.equal(error.shown, "$\\frac{1$");
+    assert.match(error.title, /KaTeX parse error/);
+    const shown = await linesShown(page);
+    assert.equal(shown[1].shown, "Prix 5 $ et 10 $ ; $5 et $x$.");
+
+    // The caret on a line of inline formulas shows the line's source, at the same place.
+    const top = () => page.evaluate(() => {
+      const view = window.__pagewellEditor.view;
+      return view.lineBlockAt(view.state.doc.line(2).from).top;
+    });
+    const before = await top();
+    await putCaret(page, 1);
+    await settle(page);
+    assert.deepEqual(await inline(), []);
+    assert.equal((await linesShown(page))[0].shown, "Soit $E = mc^2$ et $\\sqrt{a^2+b^2}$.");
+    assert.equal(await top(), before);
+    // The caret entering a block (an arrow key from the line above) shows its lines.
+    await putCaret(page, 3);
+    await page.keyboard.press("ArrowDown");
+    await settle(page);
+    assert.equal(await page.$$eval(".cm-math-block", (m) => m.length), 1);
+    assert.ok((await linesShown(page)).some((l) => l.shown === "\\int_0^1 x^2\\,dx = \\frac{1}{3}"));
+    // A click on a block formula puts the caret in its source.
+    await page.click(".cm-math-block");
+    await settle(page);
+    assert.equal(await page.$$eval(".cm-math-block", (m) => m.length), 1);
+    assert.ok((await linesShown(page)).some((l) => l.shown === "\\sum_{k=1}^{n} k"));
+
+    await page.evaluate(() => window.Pagewell.setShowSource(true));
+    await settle(page);
+    assert.equal(await page.$$eval(".cm-math", (m) => m.length), 0);
+    assert.equal(await text(), source);
+  });
+});
+
+test("diagrams come from a bundle loaded on demand, are drawn once per text and theme, and a broken one shows its source", async () => {
+  await withEditor(async ({ page, text }) => {
+    await page.evaluate(() => window.Pagewell.setContent("# Sans diagramme\n\n```js\nx\n```", "/w/a.md"));
+    await settle(page);
+    await page.waitForTimeout(500);
+    assert.deepEqual(await page.evaluate(() => ["PagewellDiagramEngine" in window, document.querySelectorAll("script").length]), [false, 1]);
+
+    const flow = "graph LR\n  A[Début] --> B[Fin]";
+    const source = ["Avant", "```mermaid", flow, "```", "", "```mermaid", "graph TD", "  A --> --> B", "```", "", "```mermaid", flow, "```", "Après"].join("\n");
+    await page.evaluate((t) => window.Pagewell.setContent(t, "/w/d.md"), source);
+    await page.waitForFunction(() => document.querySelectorAll(".cm-diagram svg").length === 2 && document.querySelector(".cm-diagram-message"));
+    // Counted from here: every drawing the library makes.
+    await page.evaluate(() => {
+      const engine = window.PagewellDiagramEngine;
+      const render = engine.render.bind(engine);
+      window.__drawings = [];
+      engine.render = (id, text) => (window.__drawings.push(text), render(id, text));
+    });
+    assert.deepEqual(await page.$$eval(".cm-diagram svg", (s) => s.map((e) => e.textContent.includes("Début"))), [true, true]);
+    const broken = await page.$eval(".cm-diagram-error", (e) => ({ source: e.querySelector(".cm-diagram-source").textContent, message: e.querySelector(".cm-diagram-message").textContent }));
+    assert.equal(broken.source, "graph TD\n  A --> --> B");
+    assert.match(broken.message, /error/i);
+    assert.equal(await page.$$eval(".cm-diagram svg script, .cm-diagram svg a", (e) => e.length), 0);
+    // Sized: a drawing keeps its height whatever is drawn around it.
+    const height = await page.$eval(".cm-diagram", (d) => d.getBoundingClientRect().height);
+    assert.ok(height > 40, `drawn at ${height}px`);
+
+    // The caret in a diagram's source and out again, the document shown anew: no new drawing.
+    await putCaret(page, 3);
+    await settle(page);
+    assert.equal(await page.$$eval(".cm-diagram svg", (s) => s.length), 1);
+    await putCaret(page, 14);
+    await page.evaluate((t) => window.Pagewell.setContent(t, "/w/d.md"), source);
+    await settle(page);
+    assert.equal(await page.$$eval(".cm-diagram svg", (s) => s.length), 2);
+    assert.deepEqual(await page.evaluate(() => window.__drawings), []);
+    // The dark theme draws each text once more, in its colours.
+    await page.evaluate(() => window.Pagewell.setTheme("dark"));
+    await page.waitForFunction(() => window.__drawings.length === 2);
+    await settle(page);
+    assert.deepEqual((await page.evaluate(() => window.__drawings)).sort(), [flow, "graph TD\n  A --> --> B"].sort());
+    assert.equal(await page.$$eval(".cm-diagram svg", (s) => s.length), 2);
+    assert.equal(await text(), source);
+  });
+});
+
+test("in a large document, blocks are drawn as the view reaches them and keep their drawing once passed", async () => {
+  await withEditor(async ({ page, text }) => {
+    const paragraph = "Une ligne de texte ordinaire pour remplir le document jusqu'à sa taille.";
+    const middle = Array.from({ length: 4000 }, (_, i) => `${paragraph} ${i}`).join("\n\n");
+    const source = `$$\n\\frac{a}{b}\n$$\n\n${middle}\n\n$$\n\\sqrt{x}\n$$\nFin`;
+    assert.ok(source.length > 250_000);
+    await page.evaluate((t) => window.Pagewell.setContent(t, "/w/grand.md"), source);
+    await settle(page);
+    const formulas = () => page.$$eval(".cm-math-block annotation", (a) => a.map((e) => e.textContent.trim()));
+    // The caret is on the first line: its formula shows as source; the last is out of reach.
+    assert.deepEqual(await formulas(), []);
+    await putCaret(page, 5);
+    await settle(page);
+    assert.deepEqual(await formulas(), ["\\frac{a}{b}"]);
+    const scrollTo = (pos) =>
+      page.evaluate(async (at) => {
+        const view = window.__pagewellEditor.view;
+        view.dispatch({ effects: EditorView.scrollIntoView(at === "end" ? view.state.doc.length : 0) });
+        for (let i = 0; i < 4; i++) await new Promise((done) => requestAnimationFrame(done));
+        return view.contentHeight;
+      }, pos);
+    await page.evaluate(() => (window.EditorView = window.__pagewellEditor.view.constructor));
+    await scrollTo("end");
+    // The parse reaches the end in idle slices; the drawing follows it.
+    await page.waitForFunction(() => document.querySelectorAll(".cm-math-block").length === 1);
+    assert.deepEqual(await formulas(), ["\\sqrt{x}"]);
+    const atEnd = await scrollTo("end");
+    // Back and forth: both drawings kept, the document's height unchanged.
+    assert.equal(await scrollTo(0), atEnd);
+    assert.deepEqual(await formulas(), ["\\frac{a}{b}"]);
+    assert.equal(await scrollTo("end"), atEnd);
+    assert.equal(await text(), source);
+  });
+});
