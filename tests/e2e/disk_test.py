@@ -14,9 +14,11 @@ from harness import Session, click, fail, find, key, press, read, type_text, wai
 EDITOR = ("xdotool", "mousemove", "600", "600", "click", "1")
 
 
-def type_at_end(text):
+def type_at_end(s, text):
     os.spawnvp(os.P_WAIT, EDITOR[0], EDITOR)
-    time.sleep(0.3)
+    # Keys sent before the click has given the text the keyboard would be lost.
+    wait_for("the keyboard in the editor", lambda: s.editor_field() is not None
+             and s.editor_field().getState().contains(pyatspi.STATE_FOCUSED))
     key("ctrl+End")
     type_text(text)
 
@@ -38,12 +40,12 @@ def main():
         wait_for("the new text in the header", lambda: s.label("6 mots"))
         if dirty():
             fail("a text from the disk marked the document modified")
-        type_at_end("Z")
+        type_at_end(s, "Z")
         key("ctrl+s")
         wait_for("the save", lambda: read(readme) == "# Accueil\n\nBienvenue.\nLigne de git.\nZ")
 
         # Modified here and changed there: the bar, Ctrl+S writes nothing, then the edits win.
-        type_at_end(" mien")
+        type_at_end(s, " mien")
         wait_for("the unsaved dot", dirty)
         write(readme, "\nAutre.\n", "a")
         theirs = read(readme)
@@ -63,7 +65,7 @@ def main():
                  lambda: read(readme) == "# Accueil\n\nBienvenue.\nLigne de git.\nZ mien")
 
         # Edits dropped by opening another file come back with "Rétablir", unwritten.
-        type_at_end(" brouillon")
+        type_at_end(s, " brouillon")
         wait_for("the unsaved dot", dirty)
         click(s.row("start.md"))
         wait_for("start.md open", lambda: s.label("guide/start.md"))
@@ -78,7 +80,7 @@ def main():
             fail("taking a draft back wrote the file")
 
         # Killed after typing: the next start offers the typed text and writes nothing.
-        type_at_end(" final")
+        type_at_end(s, " final")
         time.sleep(2)  # a draft is written at most a second after the last edit
         s.stop(signal.SIGKILL)
         s.start()

@@ -156,11 +156,15 @@ class Session:
         return find(self.app, lambda n: n.getRoleName() == role and n.name == name
                     and n.getState().contains(pyatspi.STATE_SHOWING))
 
+    def editor_field(self):
+        """The editor's text field on the accessibility bus, or None."""
+        page = find(self.app, lambda n: n.getRoleName() == "document web" and n.childCount > 0)
+        return find(page, lambda n: n.getRoleName() == "text"
+                    and n.getState().contains(pyatspi.STATE_EDITABLE))
+
     def editor_text(self):
         """The editor's text as a screen reader reads it (the lines drawn), or None."""
-        page = find(self.app, lambda n: n.getRoleName() == "document web" and n.childCount > 0)
-        field = find(page, lambda n: n.getRoleName() == "text"
-                     and n.getState().contains(pyatspi.STATE_EDITABLE))
+        field = self.editor_field()
         try:
             return field.queryText().getText(0, -1) if field else None
         except Exception:

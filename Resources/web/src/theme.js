@@ -1,8 +1,9 @@
 // Light and dark appearances: the text reads like a document (headings at their sizes, emphasis
 // shown as such, code in a fixed-width face) while every markup character stays visible, dimmed.
 import { EditorView } from "@codemirror/view";
-import { HighlightStyle, syntaxHighlighting } from "@codemirror/language";
+import { HighlightStyle } from "@codemirror/language";
 import { tags as t } from "@lezer/highlight";
+import { documentHighlighting } from "./highlighting.js";
 
 const palettes = {
   light: {
@@ -170,5 +171,5 @@ function highlightStyle(p) {
 export function appearance(name) {
   const dark = name === "dark";
   const palette = dark ? palettes.dark : palettes.light;
-  return [editorTheme(palette, dark), syntaxHighlighting(highlightStyle(palette))];
+  return [editorTheme(palette, dark), documentHighlighting(highlightStyle(palette))];
 }

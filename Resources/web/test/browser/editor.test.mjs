@@ -331,7 +331,8 @@ test("Ctrl+click and Ctrl+Enter on a link ask the host to follow it; a heading n
     await page.click("text=le guide", { modifiers: ["Control"] });
     await page.click("text=les notes");
     await page.keyboard.press("Control+Enter");
-    assert.deepEqual(await messages(), [
+    // (On a busy machine the outline may follow from the idle parse.)
+    assert.deepEqual((await messages()).filter((m) => m.type !== "headingsUpdated"), [
       { type: "openLink", target: "guide/install.md#linux", path: "/w/a.md" },
       { type: "openLink", target: "[[Notes|les notes]]", path: "/w/a.md" },
     ]);
@@ -786,11 +787,11 @@ test("diagrams come from a bundle loaded on demand, are drawn once per text and 
   });
 });
 
-test("in a large document, blocks are drawn as the view reaches them and keep their drawing once passed", async () => {
+test("in a large document, blocks are drawn as the view reaches them and keep their drawing once passed; its text is coloured", async () => {
   await withEditor(async ({ page, text }) => {
     const paragraph = "Une ligne de texte ordinaire pour remplir le document jusqu'à sa taille.";
     const middle = Array.from({ length: 4000 }, (_, i) => `${paragraph} ${i}`).join("\n\n");
-    const source = `$$\n\\frac{a}{b}\n$$\n\n${middle}\n\n$$\n\\sqrt{x}\n$$\nFin`;
+    const source = `$$\n\\frac{a}{b}\n$$\n\n${middle}\n\n$$\n\\sqrt{x}\n$$\nFin en **gras**`;
     assert.ok(source.length > 250_000);
     await page.evaluate((t) => window.Pagewell.setContent(t, "/w/grand.md"), source);
     await settle(page);
@@ -812,6 +813,9 @@ test("in a large document, blocks are drawn as the view reaches them and keep th
     // The parse reaches the end in idle slices; the drawing follows it.
     await page.waitForFunction(() => document.querySelectorAll(".cm-math-block").length === 1);
     assert.deepEqual(await formulas(), ["\\sqrt{x}"]);
+    // The text far down is coloured from its chunk of the tree: bold is bold.
+    const weight = await page.$eval("text=gras", (e) => getComputedStyle(e).fontWeight);
+    assert.ok(Number(weight) >= 600, `font weight ${weight}`);
     const atEnd = await scrollTo("end");
     // Back and forth: both drawings kept, the document's height unchanged.
     assert.equal(await scrollTo(0), atEnd);

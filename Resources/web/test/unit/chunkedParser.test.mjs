@@ -1,0 +1,82 @@
+import { test } from "node:test";
+import assert from "node:assert/strict";
+import { parser as commonmark, GFM } from "@lezer/markdown";
+import { TreeFragment } from "@lezer/common";
+import { ChunkedParser } from "../../src/chunkedParser.js";
+import { frontMatter } from "../../src/frontMatter.js";
+import { mathSyntax } from "../../src/mathSyntax.js";
+
+const markdown = commonmark.configure([GFM, frontMatter, mathSyntax]);
+const chunked = new ChunkedParser(markdown, 1000);
+
+// Every named node of a tree as "name from-to", in document order.
+function nodes(tree) {
+  const out = [];
+  tree.iterate({ enter: (node) => void out.push(`${node.name} ${node.from}-${node.to}`) });
+  return out;
+}
+
+// A large document mixing the blocks that run over blank lines with headings and paragraphs
+// that start chunks, and traps: a heading inside code, an HTML comment, a list continued after a
+// blank line.
+function documentText(sections) {
+  const parts = ["---", "titre: essai", "", "# pas un titre (propriétés)", "---", ""];
+  for (let i = 0; i < sections; i++) {
+    parts.push(`## Section ${i}`, "", `Un paragraphe **gras** et $x_${i}$, [lien](#s${i}).`, "");
+    if (i % 5 === 0) parts.push("```js", "", "# pas un titre (code)", "", "const x = 1;", "```", "");
+    if (i % 7 === 0) parts.push("<!--", "", "# pas un titre (commentaire)", "", "-->", "");
+    if (i % 3 === 0) parts.push("- un", "", "- deux, la même liste", "", "  suite de deux", "");
+    if (i % 4 === 0) parts.push("> citée", "", "Paragraphe après la citation.", "");
+    if (i % 6 === 0) parts.push("$$", "\\frac{a}{b}", "$$", "", "| a | b |", "|---|---|", "| 1 | 2 |", "");
+  }
+  return parts.join("\n");
+}
+
+test("a large document parsed in chunks reads as the Markdown parser reads it whole", () => {
+  const text = documentText(200);
+  assert.ok(text.length > 20_000);
+  const tree = chunked.parse(text);
+  assert.deepEqual(nodes(tree), nodes(markdown.parse(text)));
+  assert.equal(tree.length, text.length);
+  // It was cut: the top node holds chunks, not the blocks themselves.
+  assert.ok(tree.topNode.firstChild, "blocks under the top node");
+  assert.ok(tree.children.length < 200, `${tree.children.length} children at the top`);
+});
+
+test("edits parse again only what they touch, and the tree stays the whole parse's", () => {
+  let text = `${documentText(150)}\nDernier paragraphe`;
+  let tree = chunked.parse(text);
+  const edits = [
+    [Math.floor(text.length / 2), 0, "mot "],
+    [text.indexOf("## Section 40"), 0, "```\n"], // a fence opened: everything after it is code
+    [text.indexOf("## Section 90"), 0, "```\n\n"], // and closed again further down
+    [text.indexOf("## Section 100"), 3, ""], // a heading made a paragraph
+    [text.indexOf("Un paragraphe", text.indexOf("## Section 120")), 0, "- "], // a paragraph made a list item
+    [text.length, 0, "\n\n# Fin"],
+    [text.length, 0, "suite"], // the last paragraph goes on
+    [text.length, 0, "\n===="], // and becomes a heading
+    [10, 0, "x"], // inside the front matter
+  ];
+  for (const [at, length, insert] of edits) {
+    const next = text.slice(0, at) + insert + text.slice(at + length);
+    const fragments = TreeFragment.applyChanges(TreeFragment.addTree(tree), [{ fromA: at, toA: at + length, fromB: at, toB: at + insert.length }]);
+    tree = chunked.parse(next, fragments);
+    text = next;
+    assert.deepEqual(nodes(tree), nodes(markdown.parse(text)), `after inserting ${JSON.stringify(insert)} at ${at}`);
+  }
+});
+
+test("a parse stopped at a position gives the tree up to there, and small documents are parsed whole", () => {
+  const text = documentText(100);
+  const parse = chunked.startParse(text);
+  parse.stopAt(5000);
+  let tree;
+  while (!(tree = parse.advance()));
+  assert.ok(tree.length >= 5000 && tree.length < text.length, `stopped at ${tree.length}`);
+  const whole = markdown.parse(text);
+  const inWhole = nodes(whole).filter((n) => Number(n.split(" ")[1].split("-")[1]) < 4000);
+  const inStopped = nodes(tree).filter((n) => Number(n.split(" ")[1].split("-")[1]) < 4000);
+  assert.deepEqual(inStopped, inWhole);
+  const small = "# Titre\n\nTexte.";
+  assert.deepEqual(nodes(chunked.parse(small)), nodes(markdown.parse(small)));
+});
