@@ -15,8 +15,8 @@ import { highlightTree } from "@lezer/highlight";
 const Chunk = NodeType.define({ id: 0 });
 const PartChunk = NodeType.define({ id: 0 }); // a chunk a stop cut short, never taken again
 const chunkedTrees = new WeakSet();
-const MIN_CHUNK = 4096;
 const READ_AHEAD = 65536;
+const REUSE_WITHIN = 65536;
 const FENCE = /^ {0,3}(`{3,}|~{3,})/;
 const HTML_OPEN = /^ {0,3}(?:<(script|pre|style|textarea)(?=[\s>]|$)|(<!--)|(<\?)|(<!\[CDATA\[)|(<![A-Za-z]))/i;
 const HTML_CLOSE = { script: /<\/script>/i, pre: /<\/pre>/i, style: /<\/style>/i, textarea: /<\/textarea>/i };
@@ -170,7 +170,7 @@ class ChunkedParse {
   chunkEnd(from) {
     const scanner = new Scanner(from === 0);
     for (const [start, text] of linesFrom(this.input, from)) {
-      if (scanner.take(text) && start > from && (start - from >= MIN_CHUNK || this.startsUnchanged(start))) return start;
+      if (scanner.take(text) && start > from && (start - from >= this.parser.chunkSize || this.startsUnchanged(start))) return start;
     }
     return this.input.length;
   }
@@ -196,7 +196,10 @@ class ChunkedParse {
       }
       if (this.pos >= this.end()) return this.finish();
       this.parseTo = this.chunkEnd(this.pos);
-      this.parse = this.parser.inner.startParse(this.input, this.fragments, [{ from: this.pos, to: this.parseTo }]);
+      // A chunk is small: parsed afresh. Only a long run without a place to cut (a long code block)
+      // takes blocks from the previous tree.
+      const reuse = this.parseTo - this.pos > REUSE_WITHIN ? this.fragments.filter((f) => f.to > this.pos && f.from < this.parseTo) : [];
+      this.parse = this.parser.inner.startParse(this.input, reuse, [{ from: this.pos, to: this.parseTo }]);
       if (this.stoppedAt !== null && this.stoppedAt < this.parseTo) this.parse.stopAt(this.stoppedAt);
     }
     const tree = this.parse.advance();
@@ -219,12 +222,15 @@ class ChunkedParse {
   }
 }
 
-// The parser `inner` for documents under `limit` characters, in chunks from there on.
+// The parser `inner` for documents under `limit` characters, in chunks of at least `chunkSize`
+// characters from there on: small ones for the least work per key, larger ones for the least
+// work per chunk.
 export class ChunkedParser extends Parser {
-  constructor(inner, limit) {
+  constructor(inner, limit, chunkSize) {
     super();
     this.inner = inner;
     this.limit = limit;
+    this.chunkSize = chunkSize;
     this.documentType = inner.nodeSet.types.find((type) => type.isTop);
   }
 

@@ -13,13 +13,13 @@ const extensions = [frontMatter, mathSyntax];
 
 export function markdownSyntax(codeLanguages) {
   const whole = markdown({ base: markdownLanguage, codeLanguages, extensions });
-  const language = new Language(whole.language.data, new ChunkedParser(whole.language.parser, LARGE_DOCUMENT), [], "markdown");
+  const language = new Language(whole.language.data, new ChunkedParser(whole.language.parser, LARGE_DOCUMENT, 4096), [], "markdown");
   return {
     support: new LanguageSupport(language, whole.support),
     // The outline's idle parse needs the blocks only: no inline content, and no parse of the code
     // inside fenced blocks (in a programming book that is most of the work). Built from the same
     // base and extensions, it has the editor's node types, so it can take over the editor's tree,
     // and its chunks: stopped by a key, it keeps what it read at the cost of a few chunks.
-    outlineBlocks: new ChunkedParser(blocksOnly(markdownLanguage.parser.configure([extensions])), LARGE_DOCUMENT),
+    outlineBlocks: new ChunkedParser(blocksOnly(markdownLanguage.parser.configure([extensions])), LARGE_DOCUMENT, 65536),
   };
 }

@@ -7,7 +7,7 @@ import { frontMatter } from "../../src/frontMatter.js";
 import { mathSyntax } from "../../src/mathSyntax.js";
 
 const markdown = commonmark.configure([GFM, frontMatter, mathSyntax]);
-const chunked = new ChunkedParser(markdown, 1000);
+const chunked = new ChunkedParser(markdown, 1000, 2048);
 
 // Every named node of a tree as "name from-to", in document order.
 function nodes(tree) {
