@@ -7,7 +7,7 @@ import { Decoration, EditorView, WidgetType } from "@codemirror/view";
 import { StateEffect, StateField } from "@codemirror/state";
 import { syntaxTree } from "@codemirror/language";
 import { LARGE_DOCUMENT, showSource } from "./document.js";
-import { drawnAnew, selectedLines } from "./caretLines.js";
+import { drawnAnew, selectedLines, touches } from "./caretLines.js";
 import { hidden } from "./markupHiding.js";
 import { lineDecoration } from "./blockStyles.js";
 import infoIcon from "bootstrap-icons/icons/info-circle.svg";
@@ -134,7 +134,7 @@ function decorate(state, toggled) {
       const callout = calloutOf(first.text);
       if (!callout) return false;
       const last = doc.lineAt(Math.max(node.from, node.to - (doc.sliceString(node.to - 1, node.to) === "\n" ? 1 : 0)));
-      const inside = selected.some(([a, b]) => a <= last.to && b >= first.from);
+      const inside = touches(selected, state, first.from, last.to);
       callout.folded = callout.fold !== "" && (callout.fold === "-") !== toggled.has(first.from) && last.number > first.number;
       const folded = callout.folded && !inside;
       const end = folded ? first.number : last.number;

@@ -10,8 +10,7 @@
 // readers but for the check box, a button named after its item.
 import { Decoration, EditorView, WidgetType } from "@codemirror/view";
 import { syntaxTree } from "@codemirror/language";
-import { showSource } from "./document.js";
-import { selectedLines, visibleLinesDrawing } from "./caretLines.js";
+import { touches, visibleLinesDrawing } from "./caretLines.js";
 
 export const hidden = Decoration.mark({ class: "cm-hidden-markup" });
 const bullet = Decoration.mark({ class: "cm-bullet" });
@@ -23,13 +22,6 @@ const WIKI = /\[\[([^[\]|#\n]*)(#[^[\]|\n]*)?(\|[^[\]\n]*)?\]\]/g;
 const CODE = new Set(["FencedCode", "CodeBlock", "InlineCode", "CommentBlock", "HTMLBlock", "InlineMath", "BlockMath"]);
 const MARKED = new Set(["Emphasis", "StrongEmphasis", "Strikethrough", "InlineCode"]);
 const MARKS = new Set(["EmphasisMark", "StrikethroughMark", "CodeMark"]);
-
-// Whether [from, to] shares a line with the selection.
-function touches(lines, state, from, to) {
-  const start = state.doc.lineAt(from).from;
-  const end = state.doc.lineAt(to).to;
-  return lines.some(([a, b]) => a <= end && b >= start);
-}
 
 class SeparatorWidget extends WidgetType {
   eq() {
@@ -98,11 +90,9 @@ function spacesAfter(doc, pos, limit) {
   return end;
 }
 
-function decorate(view) {
+function decorate(view, lines) {
   const { state } = view;
-  if (state.facet(showSource)) return Decoration.none;
   const { doc } = state;
-  const lines = selectedLines(state);
   const ranges = [];
   const hide = (from, to) => {
     if (to > from) ranges.push(hidden.range(from, to));

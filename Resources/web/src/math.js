@@ -5,8 +5,7 @@
 import { Decoration, EditorView, WidgetType } from "@codemirror/view";
 import { syntaxTree } from "@codemirror/language";
 import katex from "katex";
-import { showSource } from "./document.js";
-import { selectedLines, visibleLinesDrawing } from "./caretLines.js";
+import { touches, visibleLinesDrawing } from "./caretLines.js";
 import { blockDrawer, caretToSourceOnPress, fencedText, linesOf } from "./blockDrawings.js";
 
 const typeset = new Map(); // "display?" + formula → { html } or { error }
@@ -97,10 +96,8 @@ function drawBlockFormula(node, state) {
 }
 
 // The inline formulas of the visible lines the selection is not on.
-function inlineFormulas(view) {
+function inlineFormulas(view, lines) {
   const { state } = view;
-  if (state.facet(showSource)) return Decoration.none;
-  const lines = selectedLines(state);
   const ranges = [];
   const tree = syntaxTree(state);
   for (const { from, to } of view.visibleRanges) {
@@ -111,7 +108,7 @@ function inlineFormulas(view) {
         if (node.name !== "InlineMath") return !/Code|BlockMath|FrontMatter/.test(node.name);
         const line = state.doc.lineAt(node.from);
         // A formula over several lines of a paragraph stays as written.
-        if (node.to > line.to || lines.some(([a, b]) => a <= line.to && b >= line.from)) return false;
+        if (node.to > line.to || touches(lines, state, node.from, node.to)) return false;
         const marks = node.node.getChildren("MathMark");
         if (marks.length < 2) return false;
         const display = marks[0].to - marks[0].from === 2;
