@@ -26,17 +26,16 @@ public:
     QString fileName;
     QString relativePath;
     QList<SearchResult> matches;
-    // The matches of every hit, as [start, end) offsets in UTF-16 units of its untrimmed line:
-    // the first is where the editor selects, all are drawn highlighted.
+    // The matches of every hit, as [start, end) offsets in UTF-8 bytes of its untrimmed line, as
+    // the byte search finds them; `rangesOf` turns a hit's into UTF-16 units when it is shown.
     QList<std::pair<int, int>> matchRanges;
     // The file whose text was searched, as it was then: a replace leaves a file changed since.
     FileIdentity identity;
 
     QString id() const;
-    QList<std::pair<int, int>> rangesOf(const SearchResult &hit) const
-    {
-        return matchRanges.mid(hit.firstRange, hit.rangeCount);
-    }
+    // A hit's matches in UTF-16 units of its untrimmed line: the first is where the editor
+    // selects, all are drawn highlighted.
+    QList<std::pair<int, int>> rangesOf(const SearchResult &hit) const;
 
     friend bool operator==(const FileSearchResults &a, const FileSearchResults &b)
     {

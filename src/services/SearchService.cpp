@@ -13,8 +13,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdint>
-#include <cstring>
 #include <fcntl.h>
 #include <memory>
 #include <optional>
@@ -55,29 +53,23 @@ QString decodeLine(const char *begin, const char *end)
     return QString(marks, QChar(0xFEFF)) + QString::fromUtf8(begin, end - begin);
 }
 
-// UTF-16 units spelled by the UTF-8 bytes [begin, end), which start on a character.
-int utf16Length(const char *begin, const char *end)
+// The matches found in a decoded line, turned into UTF-8 byte offsets as the byte search gives.
+void appendInBytes(QStringView line, const QList<std::pair<int, int>> &found, Ranges &ranges)
 {
-    int units = 0;
-    const char *p = begin;
-    // Eight bytes at a time: every byte but a continuation byte (10xxxxxx) starts a character,
-    // and a four-byte one (11110xxx) takes two units.
-    constexpr std::uint64_t high = 0x8080808080808080ULL;
-    for (std::uint64_t word; end - p >= 8; p += 8) {
-        std::memcpy(&word, p, 8);
-        const std::uint64_t continuation = word & ~(word << 1) & high;
-        const std::uint64_t four = word & (word << 1) & (word << 2) & (word << 3) & high;
-        // One flag per byte at its top bit: a multiply adds them up.
-        const auto count
-            = [](std::uint64_t flags) { return int(((flags >> 7) * 0x0101010101010101ULL) >> 56); };
-        units += 8 - count(continuation) + count(four);
+    qsizetype at = 0;
+    int bytes = 0;
+    const auto toBytes = [&](int offset) {
+        for (; at < offset; ++at) {
+            const char16_t c = line[at].unicode();
+            // A surrogate pair is four bytes, two for each half.
+            bytes += c < 0x80 ? 1 : c < 0x800 ? 2 : QChar::isSurrogate(c) ? 2 : 3;
+        }
+        return bytes;
+    };
+    for (const auto &[start, end] : found) {
+        const int first = toBytes(start);
+        ranges.emplace_back(first, toBytes(end));
     }
-    for (; p < end; ++p) {
-        const auto b = static_cast<unsigned char>(*p);
-        units += (b & 0xC0) != 0x80 ? 1 : 0;
-        units += b >= 0xF0 ? 1 : 0; // a surrogate pair
-    }
-    return units;
 }
 
 // The line with spaces and tabs trimmed at both ends, and how many went from its start.
@@ -109,16 +101,10 @@ std::vector<Hit> lineHitsInBytes(const TextPattern &pattern, const char *begin, 
         const char *stop = Utf8Text::lineEnd(match, end);
         counted = stop;
         Hit hit {int(lineEndsBefore + 1), {}, int(ranges.size()), 0, 0};
-        // Every match of the line, in UTF-16 offsets from its start. The search goes on from
-        // each match's end: the next one is in this line or starts the next hit.
-        int units = 0;
-        const char *measured = start;
+        // Every match of the line, in bytes from its start. The search goes on from each match's
+        // end: the next one is in this line or starts the next hit.
         do {
-            units += utf16Length(measured, match);
-            const int first = units;
-            units += utf16Length(match, matchEnd);
-            ranges.emplace_back(first, units);
-            measured = matchEnd;
+            ranges.emplace_back(int(match - start), int(matchEnd - start));
             match = matchEnd < end ? pattern.findInBytes(textBegin, matchEnd, end, &matchEnd)
                                    : nullptr;
         } while (match && match < stop);
@@ -168,7 +154,7 @@ std::vector<Hit> lineHitsInText(const TextPattern &pattern, const QByteArray &by
             auto [content, indent] = trimmedLine(line);
             hits.push_back(
                 {lineNumber, std::move(content), int(ranges.size()), int(found.size()), indent});
-            ranges.insert(ranges.end(), found.begin(), found.end());
+            appendInBytes(line, found, ranges);
         }
     }
     return hits;

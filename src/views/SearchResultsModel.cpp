@@ -170,7 +170,7 @@ void SearchResultsModel::open(int row)
         return;
     }
     const SearchResult &hit = file.matches.at(hitIndex);
-    const std::pair<int, int> first = file.matchRanges.at(hit.firstRange);
+    const std::pair<int, int> first = file.rangesOf(hit).constFirst();
     m_store->openFileAtMatch(file.fileURL, hit.lineNumber - 1, first.first, first.second);
 }
 

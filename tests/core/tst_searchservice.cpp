@@ -208,6 +208,16 @@ private Q_SLOTS:
         w.add(u"a.md"_s, "# Title\n\t  un coffre 😀 Coffre, coffres\r\nfin\n");
         QCOMPARE(w.agreed(u"coffre"_s, {}),
                  QStringList {u"a.md:2:un coffre 😀 Coffre, coffres 3[6,12)[16,22)[24,30)"_s});
+        // Hits keep their matches in bytes and count units when shown: characters of two, three
+        // and four bytes before and between matches, and U+FEFF inside a line, count right.
+        w.add(u"b.md"_s,
+              "  é€😀\xEF\xBB\xBF"
+              "coffre ç𝄞coffre\n");
+        QCOMPARE(w.agreed(u"coffre"_s, {}).last(),
+                 u"b.md:1:é€😀\uFEFFcoffre ç𝄞coffre 2[7,13)[17,23)"_s);
+        const SearchOptions expression {false, false, true};
+        QCOMPARE(w.agreed(u"c.ff"_s, expression).last(),
+                 u"b.md:1:é€😀\uFEFFcoffre ç𝄞coffre 2[7,11)[17,21)"_s);
         // Found by its name alone: nothing to highlight.
         QCOMPARE(w.agreed(u"a.md"_s, {}), QStringList {u"a.md:1:a.md 0"_s});
     }
