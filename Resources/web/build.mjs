@@ -1,7 +1,7 @@
 // Bundles the editor page into OUTDIR (default: dist/): editor.html, editor.css and one
-// editor.js for Chromium 102, the engine of Qt 6.4's web view; KaTeX's style sheet and fonts in
-// katex/; and diagrams.js, the diagram library, which the page loads only for a document with a
-// diagram. Everything the page needs is in those files; nothing is fetched at run time. The
+// editor.js for Chromium 102, the engine of Qt 6.4's web view; and the libraries the page loads
+// only for a document that needs them: formulas.js (KaTeX, its style sheet and fonts in katex/)
+// and diagrams.js. Everything the page needs is in those files; nothing is fetched at run time. The
 // licences of the packages bundled go to licenses.txt beside them. PAGEWELL_NO_MINIFY=1 keeps
 // the code readable for profiling.
 import { build } from "esbuild";
@@ -28,7 +28,11 @@ const bundle = (entry, outfile) =>
     // Icons drawn in the text (callouts) are bundled as their SVG source.
     loader: { ".svg": "text" },
   });
-const results = await Promise.all([bundle("src/main.js", "editor.js"), bundle("src/diagramEngine.js", "diagrams.js")]);
+const results = await Promise.all([
+  bundle("src/main.js", "editor.js"),
+  bundle("src/formulaEngine.js", "formulas.js"),
+  bundle("src/diagramEngine.js", "diagrams.js"),
+]);
 for (const file of ["editor.html", "editor.css"]) copyFileSync(join(here, file), join(outdir, file));
 
 // KaTeX's style sheet and its fonts, in the one format the web view needs.

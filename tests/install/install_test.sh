@@ -12,7 +12,7 @@ fail() { echo "FAIL: $*"; echo "0 passed, 1 failed"; exit 1; }
 prefix="$work/prefix"
 cmake --install "$build" --prefix "$prefix" > "$work/install.log"
 for f in bin/pagewell share/pagewell/web/editor.html share/pagewell/web/editor.js \
-    share/pagewell/web/licenses.txt share/pagewell/web/diagrams.js share/pagewell/web/katex/katex.min.css \
+    share/pagewell/web/licenses.txt share/pagewell/web/formulas.js share/pagewell/web/diagrams.js share/pagewell/web/katex/katex.min.css \
     share/pagewell/qtwebengine_dictionaries/fr-FR.bdic \
     share/pagewell/qtwebengine_dictionaries/en-US.bdic share/pagewell/licenses/bootstrap-icons.txt \
     share/applications/org.pagewell.Pagewell.desktop share/metainfo/org.pagewell.Pagewell.metainfo.xml \

@@ -6,6 +6,7 @@
 // view. A diagram that does not parse shows its source with the library's message.
 import { EditorView, WidgetType } from "@codemirror/view";
 import { blockDrawer, caretToSourceOnPress, fencedText } from "./blockDrawings.js";
+import { loadPageScript } from "./pageScripts.js";
 
 const ENGINE_SCRIPT = "diagrams.js";
 const ENGINE_MISSING = "Les diagrammes ne peuvent pas être dessinés : diagrams.js manque à côté de la page.";
@@ -14,7 +15,6 @@ const drawn = new Map(); // theme + text → { svg, width, ratio } or { error }
 const jobs = new Map(); // theme + text → the drawing asked for
 const waiting = []; // the drawings asked for, not begun
 let drawing = false;
-let engine = null;
 let engineTheme = null;
 let drawings = 0;
 let contentWidth = 700; // the width diagrams were last shown at
@@ -22,18 +22,7 @@ let contentWidth = 700; // the width diagrams were last shown at
 const keyOf = (source, dark) => (dark ? "D" : "L") + source;
 
 // The diagram library, loaded once as a script beside the page.
-export function loadEngine() {
-  engine ??= new Promise((resolve, reject) => {
-    if (window.PagewellDiagramEngine) return resolve(window.PagewellDiagramEngine);
-    const script = document.createElement("script");
-    script.src = new URL(ENGINE_SCRIPT, document.baseURI).href;
-    const failed = () => reject(new Error(ENGINE_MISSING));
-    script.onload = () => (window.PagewellDiagramEngine ? resolve(window.PagewellDiagramEngine) : failed());
-    script.onerror = failed;
-    document.head.append(script);
-  });
-  return engine;
-}
+const loadEngine = () => loadPageScript(ENGINE_SCRIPT, "PagewellDiagramEngine", ENGINE_MISSING);
 
 function settings(dark) {
   return {

@@ -1,21 +1,43 @@
 // Formulas typeset with KaTeX where the caret is not: "$…$" inline on the lines the selection is
 // not on, "$$…$$" and "```math" blocks in place of their lines. A formula that does not parse
 // shows its source in the error colour, the parser's message as its tooltip. Each formula is
-// typeset once per text and kept; only the formulas near the viewport are drawn.
+// typeset once per text and kept; only the formulas near the viewport are drawn. KaTeX is a
+// bundle of its own (formulas.js beside the page, its style sheet and fonts in katex/), loaded the
+// first time a formula is drawn or prepared: until it is in, a formula shows its source.
 import { Decoration, EditorView, WidgetType } from "@codemirror/view";
 import { syntaxTree } from "@codemirror/language";
-import katex from "katex";
 import { touches, visibleLinesDrawing } from "./caretLines.js";
 import { blockDrawer, caretToSourceOnPress, fencedText, linesOf } from "./blockDrawings.js";
+import { loadPageScript } from "./pageScripts.js";
+
+const ENGINE_MISSING = "Les formules ne peuvent pas être composées : formulas.js manque à côté de la page.";
+let katex = null; // once loaded
+let engineError = null; // why it could not be
+
+function loadEngine() {
+  return loadPageScript("formulas.js", "PagewellFormulaEngine", ENGINE_MISSING, "katex/katex.min.css").then(
+    (engine) => (katex = engine),
+    (error) => {
+      engineError = error.message;
+      throw error;
+    },
+  );
+}
 
 const typeset = new Map(); // "display?" + formula → { html } or { error }
 const TYPESET_KEPT = 5000;
 const heights = new Map(); // a block formula's last height, so it is sized before it shows again
 
+// The formula typeset, or null while KaTeX is not loaded (its loading then begins).
 function typesetFormula(formula, display) {
   const key = (display ? "D" : "I") + formula;
   let result = typeset.get(key);
   if (result) return result;
+  if (engineError) return { error: engineError };
+  if (!katex) {
+    loadEngine().catch(() => {});
+    return null;
+  }
   try {
     const html = katex.renderToString(formula, {
       displayMode: display,
@@ -60,19 +82,33 @@ class FormulaWidget extends WidgetType {
   toDOM(view) {
     const dom = document.createElement(this.block ? "div" : "span");
     dom.className = this.block ? "cm-math cm-math-block" : "cm-math cm-math-inline";
+    const show = (result) => {
+      dom.classList.remove("cm-math-pending");
+      if (result.html !== undefined) {
+        dom.innerHTML = result.html;
+      } else {
+        dom.classList.add("cm-math-error");
+        dom.textContent = this.source;
+        dom.title = result.error;
+      }
+      if (this.block) {
+        view.requestMeasure({
+          read: () => dom.offsetHeight,
+          write: (height) => height > 0 && heights.set(this.formula, height),
+        });
+      }
+    };
     const result = typesetFormula(this.formula, this.display);
-    if (result.html !== undefined) {
-      dom.innerHTML = result.html;
+    if (result) {
+      show(result);
     } else {
-      dom.classList.add("cm-math-error");
+      // Until KaTeX is in, the source stands in its place; then the view measures the formula.
+      dom.classList.add("cm-math-pending");
       dom.textContent = this.source;
-      dom.title = result.error;
-    }
-    if (this.block) {
-      view.requestMeasure({
-        read: () => dom.offsetHeight,
-        write: (height) => height > 0 && heights.set(this.formula, height),
-      });
+      loadEngine().then(
+        () => show(typesetFormula(this.formula, this.display)),
+        () => show({ error: engineError }),
+      ).finally(() => view.requestMeasure());
     }
     caretToSourceOnPress(view, dom);
     return dom;
@@ -131,6 +167,6 @@ export const formulas = [
     ".cm-math-inline .katex-display": { display: "inline-block", margin: "0 0.2em" },
     ".cm-math-block": { padding: "2px 0", overflowX: "auto", overflowY: "hidden" },
     ".cm-math-block .katex-display": { margin: "0.5em 0" },
-    ".cm-math-error": { whiteSpace: "pre-wrap" },
+    ".cm-math-error, .cm-math-pending": { whiteSpace: "pre-wrap" },
   }),
 ];

@@ -699,9 +699,19 @@ test("formulas are typeset away from the caret; currency, escapes and code stay 
       "```",
       "Fin",
     ].join("\n");
-    await page.evaluate((t) => window.Pagewell.setContent(t, "/w/f.md"), source);
+    // KaTeX is not part of the page: until it is loaded, formulas show their source.
+    const first = await page.evaluate((t) => {
+      const loadedBefore = document.querySelector('script[src$="formulas.js"]') !== null;
+      window.Pagewell.setContent(t, "/w/f.md");
+      return { loadedBefore, pending: [...document.querySelectorAll(".cm-math-pending")].map((e) => e.textContent) };
+    }, source);
+    assert.equal(first.loadedBefore, false);
+    assert.ok(first.pending.includes("$\\frac{1$"), JSON.stringify(first.pending));
+    assert.ok(first.pending.some((p) => p.includes("\\int_0^1")), JSON.stringify(first.pending));
     await putCaret(page, 10);
+    await page.waitForFunction(() => !document.querySelector(".cm-math-pending"));
     await settle(page);
+    assert.equal(await page.$$eval('link[href$="katex/katex.min.css"]', (l) => l.length), 1);
     const inline = () => page.$$eval(".cm-math-inline:not(.cm-math-error)", (m) => m.map((e) => e.querySelector("annotation")?.textContent));
     assert.deepEqual(await inline(), ["E = mc^2", "\\sqrt{a^2+b^2}"]);
     assert.equal(await page.$$eval(".cm-math-block .katex-display", (m) => m.length), 2);
@@ -799,7 +809,8 @@ test("in a large document, blocks are drawn as the view reaches them and keep th
     // The caret is on the first line: its formula shows as source; the last is out of reach.
     assert.deepEqual(await formulas(), []);
     await putCaret(page, 5);
-    await settle(page);
+    // The first formula drawn brings KaTeX in.
+    await page.waitForFunction(() => document.querySelectorAll(".cm-math-block annotation").length === 1);
     assert.deepEqual(await formulas(), ["\\frac{a}{b}"]);
     const scrollTo = (pos) =>
       page.evaluate(async (at) => {

@@ -2,6 +2,8 @@ import { test } from "node:test";
 import assert from "node:assert/strict";
 import { parser as commonmark, GFM } from "@lezer/markdown";
 import { TreeFragment } from "@lezer/common";
+import { Text } from "@codemirror/state";
+import { DocInput } from "@codemirror/language";
 import { ChunkedParser } from "../../src/chunkedParser.js";
 import { frontMatter } from "../../src/frontMatter.js";
 import { mathSyntax } from "../../src/mathSyntax.js";
@@ -28,43 +30,58 @@ function documentText(sections) {
     if (i % 3 === 0) parts.push("- un", "", "- deux, la même liste", "", "  suite de deux", "");
     if (i % 4 === 0) parts.push("> citée", "", "Paragraphe après la citation.", "");
     if (i % 6 === 0) parts.push("$$", "\\frac{a}{b}", "$$", "", "| a | b |", "|---|---|", "| 1 | 2 |", "");
+    // A fence indented by spaces, lines blank with a tab, a paragraph starting with an accent.
+    if (i % 8 === 0) parts.push("  ~~~~", "\t", "Été (code)", "", "  ~~~", "\t", "Été comme hiver.", "", "    ```", "", "Après.", "");
   }
   return parts.join("\n");
 }
 
-test("a large document parsed in chunks reads as the Markdown parser reads it whole", () => {
-  const text = documentText(200);
-  assert.ok(text.length > 20_000);
-  const tree = chunked.parse(text);
-  assert.deepEqual(nodes(tree), nodes(markdown.parse(text)));
-  assert.equal(tree.length, text.length);
-  // It was cut: the top node holds chunks, not the blocks themselves.
-  assert.ok(tree.topNode.firstChild, "blocks under the top node");
-  assert.ok(tree.children.length < 200, `${tree.children.length} children at the top`);
-});
+// The editor hands the parser its text a line at a time; a plain string is read in blocks.
+const inputs = {
+  string: (text) => text,
+  lines: (text) => new DocInput(Text.of(text.split("\n"))),
+};
 
-test("edits parse again only what they touch, and the tree stays the whole parse's", () => {
-  let text = `${documentText(150)}\nDernier paragraphe`;
-  let tree = chunked.parse(text);
-  const edits = [
-    [Math.floor(text.length / 2), 0, "mot "],
-    [text.indexOf("## Section 40"), 0, "```\n"], // a fence opened: everything after it is code
-    [text.indexOf("## Section 90"), 0, "```\n\n"], // and closed again further down
-    [text.indexOf("## Section 100"), 3, ""], // a heading made a paragraph
-    [text.indexOf("Un paragraphe", text.indexOf("## Section 120")), 0, "- "], // a paragraph made a list item
-    [text.length, 0, "\n\n# Fin"],
-    [text.length, 0, "suite"], // the last paragraph goes on
-    [text.length, 0, "\n===="], // and becomes a heading
-    [10, 0, "x"], // inside the front matter
-  ];
-  for (const [at, length, insert] of edits) {
-    const next = text.slice(0, at) + insert + text.slice(at + length);
-    const fragments = TreeFragment.applyChanges(TreeFragment.addTree(tree), [{ fromA: at, toA: at + length, fromB: at, toB: at + insert.length }]);
-    tree = chunked.parse(next, fragments);
-    text = next;
-    assert.deepEqual(nodes(tree), nodes(markdown.parse(text)), `after inserting ${JSON.stringify(insert)} at ${at}`);
-  }
-});
+for (const [kind, input] of Object.entries(inputs)) {
+  test(`a large document parsed in chunks reads as the Markdown parser reads it whole (${kind})`, () => {
+    const text = documentText(200);
+    assert.ok(text.length > 20_000);
+    const tree = chunked.parse(input(text));
+    assert.deepEqual(nodes(tree), nodes(markdown.parse(text)));
+    assert.equal(tree.length, text.length);
+    // It was cut: the top node holds chunks, not the blocks themselves.
+    assert.ok(tree.topNode.firstChild, "blocks under the top node");
+    assert.ok(tree.children.length < 200, `${tree.children.length} children at the top`);
+    // Each cut is at the start of a heading or a paragraph after a blank line.
+    for (const at of tree.positions.slice(1)) {
+      assert.match(text.slice(Math.max(0, at - 20), at + 1), /\n[ \t]*\n(?:#|\p{L})$/u, `cut at ${at}`);
+    }
+  });
+
+  test(`edits parse again only what they touch, and the tree stays the whole parse's (${kind})`, () => {
+    let text = `${documentText(150)}\nDernier paragraphe`;
+    let tree = chunked.parse(input(text));
+    const edits = [
+      [Math.floor(text.length / 2), 0, "mot "],
+      [text.indexOf("## Section 40"), 0, "```\n"], // a fence opened: everything after it is code
+      [text.indexOf("## Section 90"), 0, "```\n\n"], // and closed again further down
+      [text.indexOf("## Section 100"), 3, ""], // a heading made a paragraph
+      [text.indexOf("Un paragraphe", text.indexOf("## Section 120")), 0, "- "], // a paragraph made a list item
+      [text.indexOf("  ~~~~", text.indexOf("## Section 128")), 2, ""], // a fence no longer indented
+      [text.length, 0, "\n\n# Fin"],
+      [text.length, 0, "suite"], // the last paragraph goes on
+      [text.length, 0, "\n===="], // and becomes a heading
+      [10, 0, "x"], // inside the front matter
+    ];
+    for (const [at, length, insert] of edits) {
+      const next = text.slice(0, at) + insert + text.slice(at + length);
+      const fragments = TreeFragment.applyChanges(TreeFragment.addTree(tree), [{ fromA: at, toA: at + length, fromB: at, toB: at + insert.length }]);
+      tree = chunked.parse(input(next), fragments);
+      text = next;
+      assert.deepEqual(nodes(tree), nodes(markdown.parse(text)), `after inserting ${JSON.stringify(insert)} at ${at}`);
+    }
+  });
+}
 
 test("a parse stopped at a position gives the tree up to there, and small documents are parsed whole", () => {
   const text = documentText(100);
