@@ -10,7 +10,7 @@ import { touches, visibleLinesDrawing } from "./caretLines.js";
 import { blockDrawer, caretToSourceOnPress, fencedText, linesOf } from "./blockDrawings.js";
 import { loadPageScript } from "./pageScripts.js";
 
-const ENGINE_MISSING = "Les formules ne peuvent pas être composées : formulas.js manque à côté de la page.";
+const ENGINE_MISSING = "Les formules ne peuvent pas être affichées : formulas.js manque à côté de la page.";
 let katex = null; // once loaded
 let engineError = null; // why it could not be
 
