@@ -94,7 +94,11 @@ class FormulaWidget extends WidgetType {
       if (this.block) {
         view.requestMeasure({
           read: () => dom.offsetHeight,
-          write: (height) => height > 0 && heights.set(this.formula, height),
+          write: (height) => {
+            if (height <= 0) return;
+            if (heights.size >= TYPESET_KEPT) heights.clear();
+            heights.set(this.formula, height);
+          },
         });
       }
     };
