@@ -2,6 +2,7 @@
 // and space, and code blocks, quotes and front matter their own look.
 import { Decoration, ViewPlugin } from "@codemirror/view";
 import { syntaxTree } from "@codemirror/language";
+import { iterateVisible } from "./caretLines.js";
 
 const headingClass = {
   ATXHeading1: "cm-h1",
@@ -35,25 +36,19 @@ function decorate(view) {
       ranges.push(lineDecoration(name).range(doc.line(n).from));
     }
   };
-  for (const { from, to } of view.visibleRanges) {
-    syntaxTree(view.state).iterate({
-      from,
-      to,
-      enter(node) {
-        const name = node.name;
-        if (headingClass[name]) {
-          add(node.from, node.to, headingClass[name], false);
-          return false;
-        }
-        if (blockClass[name]) {
-          add(node.from, node.to, blockClass[name], name === "FencedCode" || name === "CodeBlock");
-          return false;
-        }
-        if (name === "Blockquote") add(node.from, node.to, "cm-quote", false);
-        return name === "Document" || name === "Blockquote" || name.endsWith("List") || name === "ListItem";
-      },
-    });
-  }
+  iterateVisible(view, (node) => {
+    const name = node.name;
+    if (headingClass[name]) {
+      add(node.from, node.to, headingClass[name], false);
+      return false;
+    }
+    if (blockClass[name]) {
+      add(node.from, node.to, blockClass[name], name === "FencedCode" || name === "CodeBlock");
+      return false;
+    }
+    if (name === "Blockquote") add(node.from, node.to, "cm-quote", false);
+    return name === "Document" || name === "Blockquote" || name.endsWith("List") || name === "ListItem";
+  });
   return Decoration.set(ranges, true);
 }
 

@@ -28,6 +28,13 @@ export function drawnAnew(before, after, docChanged, selectionChanged) {
   );
 }
 
+// Calls `enter` on the syntax tree's nodes in the visible ranges, as `Tree.iterate` does: false
+// skips a node's children.
+export function iterateVisible(view, enter) {
+  const tree = syntaxTree(view.state);
+  for (const { from, to } of view.visibleRanges) tree.iterate({ from, to, enter });
+}
+
 // A view plugin whose decorations `decorate(view, lines)` draws for the lines in view, given the
 // lines the selection is on; drawn anew as the view scrolls and whenever `drawnAnew` says, and
 // none while the source is shown.

@@ -5,8 +5,7 @@
 // bundle of its own (formulas.js beside the page, its style sheet and fonts in katex/), loaded the
 // first time a formula is drawn or prepared: until it is in, a formula shows its source.
 import { Decoration, EditorView, WidgetType } from "@codemirror/view";
-import { syntaxTree } from "@codemirror/language";
-import { touches, visibleLinesDrawing } from "./caretLines.js";
+import { iterateVisible, touches, visibleLinesDrawing } from "./caretLines.js";
 import { blockDrawer, caretToSourceOnPress, fencedText, linesOf } from "./blockDrawings.js";
 import { loadPageScript } from "./pageScripts.js";
 
@@ -139,26 +138,19 @@ function drawBlockFormula(node, state) {
 function inlineFormulas(view, lines) {
   const { state } = view;
   const ranges = [];
-  const tree = syntaxTree(state);
-  for (const { from, to } of view.visibleRanges) {
-    tree.iterate({
-      from,
-      to,
-      enter(node) {
-        if (node.name !== "InlineMath") return !/Code|BlockMath|FrontMatter/.test(node.name);
-        const line = state.doc.lineAt(node.from);
-        // A formula over several lines of a paragraph stays as written.
-        if (node.to > line.to || touches(lines, state, node.from, node.to)) return false;
-        const marks = node.node.getChildren("MathMark");
-        if (marks.length < 2) return false;
-        const display = marks[0].to - marks[0].from === 2;
-        const formula = state.sliceDoc(marks[0].to, marks[1].from);
-        const widget = new FormulaWidget(formula, state.sliceDoc(node.from, node.to), display, false);
-        ranges.push(Decoration.replace({ widget }).range(node.from, node.to));
-        return false;
-      },
-    });
-  }
+  iterateVisible(view, (node) => {
+    if (node.name !== "InlineMath") return !/Code|BlockMath|FrontMatter/.test(node.name);
+    const line = state.doc.lineAt(node.from);
+    // A formula over several lines of a paragraph stays as written.
+    if (node.to > line.to || touches(lines, state, node.from, node.to)) return false;
+    const marks = node.node.getChildren("MathMark");
+    if (marks.length < 2) return false;
+    const display = marks[0].to - marks[0].from === 2;
+    const formula = state.sliceDoc(marks[0].to, marks[1].from);
+    const widget = new FormulaWidget(formula, state.sliceDoc(node.from, node.to), display, false);
+    ranges.push(Decoration.replace({ widget }).range(node.from, node.to));
+    return false;
+  });
   return Decoration.set(ranges, true);
 }
 
