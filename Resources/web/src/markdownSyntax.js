@@ -16,10 +16,9 @@ export function markdownSyntax(codeLanguages) {
   const language = new Language(whole.language.data, new ChunkedParser(whole.language.parser, LARGE_DOCUMENT, 4096), [], "markdown");
   return {
     support: new LanguageSupport(language, whole.support),
-    // The outline's idle parse needs the blocks only: no inline content, and no parse of the code
-    // inside fenced blocks (in a programming book that is most of the work). Built from the same
-    // base and extensions, it has the editor's node types, so it can take over the editor's tree,
-    // and its chunks: stopped by a key, it keeps what it read at the cost of a few chunks.
-    outlineBlocks: new ChunkedParser(blocksOnly(markdownLanguage.parser.configure([extensions])), LARGE_DOCUMENT, 65536),
+    // The outline's idle scan needs the blocks only: no inline content, and no parse of the code
+    // inside fenced blocks (in a programming book that is most of the work). It is built from the
+    // same base and extensions, so its headings are the editor's.
+    outlineBlocks: blocksOnly(markdownLanguage.parser.configure([extensions])),
   };
 }

@@ -7,12 +7,12 @@
 //
 // The editor parses a little past what is on screen, and keeping a whole tree of a large document
 // would make it parse the whole document again on every key. So for the part its tree does not
-// cover, `outlineParser` runs the same parser over the document in idle time, takes the headings
-// from that tree and lets it go.
+// cover, `outlineParser` reads the headings in idle time with the same parser, parsing only the
+// pieces of the document that may hold one.
 import { Facet, StateEffect, StateField } from "@codemirror/state";
 import { ViewPlugin } from "@codemirror/view";
-import { DocInput, language, syntaxTree } from "@codemirror/language";
-import { TreeFragment } from "@lezer/common";
+import { language, syntaxTree } from "@codemirror/language";
+import { HeadingScan } from "./headingScan.js";
 
 const HEADING_LEVEL = {
   ATXHeading1: 1,
@@ -86,29 +86,32 @@ export function withIds(headings) {
   });
 }
 
-// A heading node's entry: its level, its text as a reader sees it, and where it starts.
-function heading(doc, node, level) {
+// A heading node's entry: its level, its text as a reader sees it, and where it starts. The node
+// is `offset` into the document (a tree of part of it).
+function heading(doc, node, level, offset) {
   const mark = node.firstChild; // the opening "#"s of an ATX heading
+  const start = node.from + offset;
+  const end = node.to + offset;
   if (node.name.startsWith("ATX")) {
-    const from = mark && mark.name === "HeaderMark" && mark.from === node.from ? mark.to : node.from;
-    const body = doc.sliceString(from, node.to).replace(/(?:^|[ \t]+)#+[ \t]*$/, "");
-    return { from: node.from, to: node.to, level, text: headingText(body) };
+    const from = mark && mark.name === "HeaderMark" && mark.from === node.from ? mark.to + offset : start;
+    const body = doc.sliceString(from, end).replace(/(?:^|[ \t]+)#+[ \t]*$/, "");
+    return { from: start, to: end, level, text: headingText(body) };
   }
   // A Setext heading's text runs to its underline; its later lines may carry quote markers.
   const underline = node.lastChild;
-  const end = underline && underline.name === "HeaderMark" ? underline.from : node.to;
-  const lines = doc.sliceString(node.from, end, "\n").split("\n");
+  const textEnd = underline && underline.name === "HeaderMark" ? underline.from + offset : end;
+  const lines = doc.sliceString(start, textEnd, "\n").split("\n");
   const text = lines.map((line, i) => (i ? line.replace(/^(?:[ \t]*>)+/, "") : line)).join(" ");
-  return { from: node.from, to: node.to, level, text: headingText(text) };
+  return { from: start, to: end, level, text: headingText(text) };
 }
 
 // The headings inside the top-level block `node`, appended to `out`.
-function collect(doc, node, out) {
+function collect(doc, node, out, offset = 0) {
   const level = HEADING_LEVEL[node.name];
   if (level) {
-    out.push(heading(doc, node, level));
+    out.push(heading(doc, node, level, offset));
   } else if (CONTAINERS.has(node.name)) {
-    for (let child = node.firstChild; child; child = child.nextSibling) collect(doc, child, out);
+    for (let child = node.firstChild; child; child = child.nextSibling) collect(doc, child, out, offset);
   }
 }
 
@@ -128,10 +131,10 @@ function sameOutline(a, b) {
   return a.length === b.length && a.every((h, i) => h.level === b[i].level && h.text === b[i].text);
 }
 
-// The whole outline of what `tree` covers.
-export function fromTree(doc, tree) {
+// The whole outline of what `tree` covers; the tree may be of the part of `doc` from `offset`.
+export function fromTree(doc, tree, offset = 0) {
   const headings = [];
-  for (let block = tree.topNode.firstChild; block; block = block.nextSibling) collect(doc, block, headings);
+  for (let block = tree.topNode.firstChild; block; block = block.nextSibling) collect(doc, block, headings, offset);
   return { headings, covered: tree.length, changed: true };
 }
 
@@ -175,8 +178,9 @@ function updated(old, oldTree, doc, tree, changes) {
     collect(doc, block, headings);
   }
   // Not met again: the old headings past the new tree's end stand in until the parse gets there.
+  // A tree of the whole text leaves none to stand in, also those of text deleted at its end.
   const covered = resumed >= 0 ? changes.newLength : tree.length;
-  if (resumed < 0) resumed = firstFrom(old.headings, tree.length, (h) => changes.mapPos(h.from, 1));
+  if (resumed < 0) resumed = covered >= doc.length ? old.headings.length : firstFrom(old.headings, tree.length, (h) => changes.mapPos(h.from, 1));
   const changed = headings.length !== resumed || !sameOutline(headings.slice(keptCount), old.headings.slice(keptCount, resumed));
   for (let i = resumed; i < old.headings.length; i++) {
     const h = old.headings[i];
@@ -234,8 +238,8 @@ export function blocksOnly(parser) {
   return blocks;
 }
 
-// The parser the idle parse runs: by default the editor's own without its inline parsers. The page
-// gives one that also leaves the code inside fenced blocks alone.
+// The parser the idle scan reads pieces with: by default the editor's own without its inline
+// parsers. The page gives one that also leaves the code inside fenced blocks alone.
 export const outlineBlocks = Facet.define({ combine: (parsers) => parsers[0] || null });
 
 const requestIdle =
@@ -244,39 +248,21 @@ const requestIdle =
     : (f) => setTimeout(() => f(null), 50);
 const cancelIdle = typeof cancelIdleCallback === "function" ? cancelIdleCallback : clearTimeout;
 
-// Parses the document in idle slices while the outline lacks part of it, starting from the
-// editor's tree, and hands the headings to `outlineField`. An edit meanwhile stops the parse where
-// it got to; the next one starts again from there.
+// Reads the document's headings in idle slices while the outline lacks part of them, parsing only
+// the pieces that may hold one (HeadingScan), and hands them to `outlineField`. An edit meanwhile
+// keeps what the scan read before it, and the scan goes on from there.
 export const outlineParser = ViewPlugin.fromClass(
   class {
     constructor(view) {
       this.view = view;
       this.idle = 0;
-      this.parse = null;
-      this.doc = null;
-      this.fragments = []; // what a stopped parse had read, in the current document
+      this.scan = null;
       this.work = this.work.bind(this);
       this.schedule();
     }
 
     update(update) {
-      if (update.docChanged) {
-        if (this.parse) {
-          const parse = this.parse;
-          this.parse = null;
-          parse.stopAt(parse.parsedPos);
-          let tree;
-          while (!(tree = parse.advance()));
-          this.fragments = TreeFragment.addTree(tree, this.fragments, true);
-        }
-        // Every change moves what was read, also when no parse runs: a fragment left where the
-        // text was would be taken for the text now there.
-        if (this.fragments.length) {
-          const ranges = [];
-          update.changes.iterChangedRanges((fromA, toA, fromB, toB) => ranges.push({ fromA, toA, fromB, toB }));
-          this.fragments = TreeFragment.applyChanges(this.fragments, ranges);
-        }
-      }
+      if (update.docChanged && this.scan) this.scan.edited(update.state.doc, update.changes);
       this.schedule();
     }
 
@@ -289,34 +275,25 @@ export const outlineParser = ViewPlugin.fromClass(
       this.finish(deadline ? Math.min(50, Math.max(10, deadline.timeRemaining())) : 30);
     }
 
-    // Parses for at most `budget` milliseconds; true once the outline is whole.
+    // Scans for at most `budget` milliseconds; true once the outline is whole.
     finish(budget) {
       const { state } = this.view;
-      if (outlineComplete(state)) return true;
-      if (!this.parse) {
-        this.doc = state.doc;
-        const tree = syntaxTree(state);
-        const fragments = TreeFragment.addTree(tree, this.fragments, tree.length < state.doc.length);
+      if (outlineComplete(state)) {
+        this.scan = null;
+        return true;
+      }
+      if (!this.scan) {
         const parser = state.facet(outlineBlocks) || blocksOnly(state.facet(language).parser);
-        this.parse = parser.startParse(new DocInput(state.doc), fragments, [
-          { from: 0, to: state.doc.length },
-        ]);
+        this.scan = new HeadingScan(state.doc, parser, (tree, offset) => fromTree(this.scan.doc, tree, offset).headings);
       }
-      const end = performance.now() + budget;
-      for (;;) {
-        const tree = this.parse.advance();
-        if (tree) {
-          this.parse = null;
-          this.fragments = [];
-          const headings = fromTree(this.doc, tree).headings;
-          this.view.dispatch({ effects: outlineRead.of({ doc: this.doc, headings }) });
-          return true;
-        }
-        if (performance.now() > end) {
-          this.schedule();
-          return false;
-        }
+      if (!this.scan.work(performance.now() + budget)) {
+        this.schedule();
+        return false;
       }
+      const { doc, headings } = this.scan;
+      this.scan = null;
+      this.view.dispatch({ effects: outlineRead.of({ doc, headings }) });
+      return true;
     }
 
     destroy() {

@@ -1,7 +1,7 @@
 import { test } from "node:test";
 import assert from "node:assert/strict";
 import { parser as commonmark, GFM } from "@lezer/markdown";
-import { TreeFragment } from "@lezer/common";
+import { Tree, TreeFragment } from "@lezer/common";
 import { Text } from "@codemirror/state";
 import { DocInput } from "@codemirror/language";
 import { ChunkedParser } from "../../src/chunkedParser.js";
@@ -18,6 +18,21 @@ function nodes(tree) {
   return out;
 }
 
+// Where a chunked tree was cut: the starts of its chunks, also those grouped under a balancing node.
+function cutsOf(tree) {
+  const cuts = [];
+  const visit = (node, offset) =>
+    node.children.forEach((child, i) => {
+      const at = offset + node.positions[i];
+      if (!(child instanceof Tree) || !child.type.isAnonymous) return;
+      const first = child.children[0];
+      if (first instanceof Tree && first.type.isAnonymous) visit(child, at);
+      else cuts.push(at);
+    });
+  visit(tree, 0);
+  return cuts;
+}
+
 // A large document mixing the blocks that run over blank lines with headings and paragraphs
 // that start chunks, and traps: a heading inside code, an HTML comment, a list continued after a
 // blank line.
@@ -30,8 +45,11 @@ function documentText(sections) {
     if (i % 3 === 0) parts.push("- un", "", "- deux, la même liste", "", "  suite de deux", "");
     if (i % 4 === 0) parts.push("> citée", "", "Paragraphe après la citation.", "");
     if (i % 6 === 0) parts.push("$$", "\\frac{a}{b}", "$$", "", "| a | b |", "|---|---|", "| 1 | 2 |", "");
-    // A fence indented by spaces, lines blank with a tab, a paragraph starting with an accent.
-    if (i % 8 === 0) parts.push("  ~~~~", "\t", "Été (code)", "", "  ~~~", "\t", "Été comme hiver.", "", "    ```", "", "Après.", "");
+    // A fence indented by spaces, lines blank with a tab, lines starting with an accent, a line
+    // too short to close the fence, and a fence too indented to open one.
+    if (i % 8 === 0) parts.push("  ~~~~", "\t", "Été (code)", "", "  ~~~", "\t", "Été (code)", "", "    ```", "", "  ~~~~", "\t", "Été comme hiver.", "", "    ```", "", "Après.", "");
+    // Lines ending in a carriage return, as in a file mixing line ends: blank to the parser.
+    if (i % 9 === 0) parts.push("```sh\r", "# pas un titre (code)\r", "```\r", "\r", "Après une ligne CR.\r", "\r", "Encore.", "");
   }
   return parts.join("\n");
 }
@@ -54,8 +72,17 @@ for (const [kind, input] of Object.entries(inputs)) {
     assert.ok(tree.children.length < 200, `${tree.children.length} children at the top`);
     // Each cut is at the start of a heading or a paragraph after a blank line.
     for (const at of tree.positions.slice(1)) {
-      assert.match(text.slice(Math.max(0, at - 20), at + 1), /\n[ \t]*\n(?:#|\p{L})$/u, `cut at ${at}`);
+      assert.match(text.slice(Math.max(0, at - 20), at + 1), /\n[ \t\r]*\n(?:#|\p{L})$/u, `cut at ${at}`);
     }
+    // Cut wherever it may be, it still reads the same. A fence closed by a line ending in CR is
+    // closed, and a line holding a CR is blank: both are followed by cuts.
+    const whole = markdown.parse(text);
+    const fine = new ChunkedParser(markdown, 1000, 1).parse(input(text));
+    assert.deepEqual(nodes(fine), nodes(whole));
+    const cuts = new Set(cutsOf(fine));
+    const paragraphs = (words) => [...text.matchAll(new RegExp(words, "g"))].map((m) => m.index).filter((at) => whole.resolve(at, 1).name === "Paragraph");
+    const afterCR = [...paragraphs("Après une ligne CR"), ...paragraphs("Encore")];
+    assert.ok(afterCR.length >= 10 && afterCR.every((at) => cuts.has(at)), "cuts after the CR lines");
   });
 
   test(`edits parse again only what they touch, and the tree stays the whole parse's (${kind})`, () => {

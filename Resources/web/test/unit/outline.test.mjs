@@ -4,10 +4,10 @@ import { EditorState } from "@codemirror/state";
 import { DocInput, ensureSyntaxTree, language } from "@codemirror/language";
 import { markdown, markdownLanguage } from "@codemirror/lang-markdown";
 import { frontMatter } from "../../src/frontMatter.js";
-import { blocksOnly, fromTree, headingText, outlineField, slugify, withIds } from "../../src/outline.js";
+import { blocksOnly, fromTree, headingText, outlineComplete, outlineField, slugify, withIds } from "../../src/outline.js";
 import { markdownSyntax } from "../../src/markdownSyntax.js";
 import { rustLanguage } from "@codemirror/lang-rust";
-import { TreeFragment } from "@lezer/common";
+import { HeadingScan } from "../../src/headingScan.js";
 
 const markdownSupport = markdown({ base: markdownLanguage, extensions: [frontMatter] });
 const stateOf = (text) => EditorState.create({ doc: text, extensions: [markdownSupport, outlineField] });
@@ -15,6 +15,18 @@ const stateOf = (text) => EditorState.create({ doc: text, extensions: [markdownS
 function parsed(state) {
   ensureSyntaxTree(state, state.doc.length, 1e9);
   return state.update({}).state;
+}
+// The headings HeadingScan finds in `doc`, stopped every few hundred lines as idle time runs out
+// and, if `edit` is given, edited at the first stop ({changes, doc} of the new text).
+function scanned(doc, parser, edit) {
+  const scan = new HeadingScan(doc, parser, (tree, offset) => fromTree(scan.doc, tree, offset).headings, 300);
+  let pending = edit;
+  for (;;) {
+    const done = scan.work(-Infinity);
+    if (pending) scan.edited(pending.doc, pending.changes);
+    else if (done) return scan;
+    pending = null;
+  }
 }
 const lineOf = (state, h) => state.doc.lineAt(h.from).number;
 const outline = (text) => {
@@ -54,18 +66,18 @@ test("the idle parse reads the editor's headings without parsing the code of fen
   assert.equal(asked, 0, "the outline's parse asked for a code language");
   assert.deepEqual(fromTree(state.doc, alone).headings, expected);
 
-  // It takes over where the editor's tree of the first half stops, after an edit, as the page does.
-  const half = EditorState.create({ doc: state.doc, extensions: [support] });
-  const partial = ensureSyntaxTree(half, state.doc.length / 2, 1e9);
-  const edited = half.update({ changes: { from: 0, insert: "# Avant\n\n" } }).state;
-  const fragments = TreeFragment.applyChanges(TreeFragment.addTree(partial, [], true), [
-    { fromA: 0, toA: 0, fromB: 0, toB: 9 },
-  ]);
-  const resumed = outlineBlocks.parse(new DocInput(edited.doc), fragments);
-  assert.deepEqual(
-    fromTree(edited.doc, resumed).headings.map((h) => [h.from, h.level, h.text]),
-    [[0, 1, "Avant"], ...expected.map((h) => [h.from + 9, h.level, h.text])],
-  );
+  // The idle scan parses only the pieces that may hold a heading: the same headings, and the code
+  // languages are never asked for.
+  const scan = scanned(state.doc, outlineBlocks);
+  assert.equal(asked, 0, "the outline's scan asked for a code language");
+  assert.deepEqual(scan.headings, expected);
+});
+
+test("deleting the end of the text takes its headings with it", () => {
+  const text = "# Un\n\ntexte\n\n## Deux\n\n## Trois\n";
+  const state = parsed(stateOf(text)).update({ changes: { from: text.indexOf("## Deux"), to: text.length } }).state;
+  assert.deepEqual(state.field(outlineField).headings.map((h) => h.text), ["Un"]);
+  assert.ok(outlineComplete(state));
 });
 
 test("heading text drops the markup a reader does not see", () => {
@@ -99,8 +111,8 @@ function randomSource(seed) {
 // Random edits on a document with every kind of block: the outline, updated edit by edit, must be
 // the one read from the whole tree of the result, heading for heading and position for position.
 test("the outline kept across edits is the one read afresh", () => {
-  const common = ["# T", "## Deux", "texte", "", "", "===", "---", "    code", "> # cité", "- item", "  - # sous", "Titre", "***", "para\nsuite"];
-  const rare = ["```", "~~~", "<!--", "-->", "<div>"];
+  const common = ["# T", "## Deux", "texte", "", "", "===", "---", "    code", "> # cité", "- item", "  - # sous", "Titre", "***", "para\nsuite", "\r", "## CR\r", "===\r", "##\tonglet"];
+  const rare = ["```", "~~~", "<!--", "-->", "<div>", "```\r", "1. # un", "#\r"];
   for (let seed = 1; seed <= 3; seed++) {
     const random = randomSource(seed);
     const piece = () => (random(150) === 0 ? rare[random(rare.length)] : common[random(common.length)]);
@@ -115,7 +127,9 @@ test("the outline kept across edits is the one read afresh", () => {
       const insert = random(4) === 0 ? "" : piece() + (random(3) ? "\n" : "");
       const previous = state.field(outlineField);
       const before = previous.headings;
-      state = state.update({ changes: { from, to, insert } }).state;
+      const transaction = state.update({ changes: { from, to, insert } });
+      const oldDoc = state.doc;
+      state = transaction.state;
       const kept = state.field(outlineField);
       const fresh = parsed(stateOf(state.doc.toString())).field(outlineField);
       // The editor parses within a time budget: on a loaded machine its tree may stop short, and
@@ -124,9 +138,14 @@ test("the outline kept across edits is the one read afresh", () => {
       if (kept.covered >= state.doc.length) assert.deepEqual(kept.headings, fresh.headings, `seed ${seed}, round ${round}`);
       else assert.deepEqual(upTo(kept.headings), upTo(fresh.headings), `seed ${seed}, round ${round}, to ${kept.covered}`);
       // The idle parse reads blocks only; it must find the same headings.
+      // So must the idle scan, which parses only the pieces that may hold one, edited as it goes.
       if (round % 10 === 0) {
-        const tree = blocksOnly(state.facet(language).parser).parse(new DocInput(state.doc));
+        const blocks = blocksOnly(state.facet(language).parser);
+        const tree = blocks.parse(new DocInput(state.doc));
         assert.deepEqual(fromTree(state.doc, tree).headings, fresh.headings, `seed ${seed}, round ${round}: blocks only`);
+        const scan = scanned(oldDoc, blocks, { doc: state.doc, changes: transaction.changes });
+        assert.deepEqual(scan.headings, fresh.headings, `seed ${seed}, round ${round}: scan`);
+        assert.ok(scan.checkpoints.length > 2, "the scan kept checkpoints");
       }
       const differs = before.length !== kept.headings.length || before.some((h, i) => h.text !== kept.headings[i].text || h.level !== kept.headings[i].level);
       // A new value says whether it differs; an unchanged document keeps the old value.
