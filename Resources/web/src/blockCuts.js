@@ -100,20 +100,34 @@ const BACKTICK = 96;
 const TILDE = 126;
 const LESS_THAN = 60;
 
-// Reads blocks line by line to find where the next chunk may start, following the blocks that
-// run over blank lines: front matter, fenced code and HTML blocks. Only lines that may open or
-// close such a block are read as text.
-export class Scanner {
-  constructor(atDocumentStart) {
-    this.state = atDocumentStart ? "start" : null;
+// HTML blocks that end at a blank line: a line starting with one of these tags opens one, also
+// within a paragraph; a line holding a single whole tag opens one unless a paragraph runs there.
+const HTML_BLOCK_TAG = new RegExp(
+  "^ {0,3}</?(?:address|article|aside|basefont|blockquote|body|caption|center|col|colgroup|dd|details|dialog|dir|div|dl|dt|fieldset|figcaption|figure|footer|form|frame|frameset|h[1-6]|head|header|hr|html|iframe|legend|li|link|main|menu|menuitem|nav|noframes|ol|optgroup|option|p|param|section|source|summary|table|tbody|td|tfoot|th|thead|title|tr|track|ul)(?:[ \\t>]|/>|$)",
+  "i",
+);
+const HTML_WHOLE_TAG = /^ {0,3}(?:<\/[a-z][\w-]*\s*>|<[a-z][\w-]*(?:\s+[a-z:_][\w.:-]*(?:\s*=\s*(?:[^\s"'=<>`]+|'[^']*'|"[^"]*"))?)*\s*\/?>)\s*$/i;
+
+// One reading of the blocks, line by line: outside them, or in front matter, fenced code or an
+// HTML block, the blocks that run over blank lines. Only lines that may open or close such a block
+// are read as text.
+class Reading {
+  constructor(state) {
+    this.state = state;
     this.fence = "";
     this.close = null;
     this.blankBefore = true;
   }
 
-  // Takes the line `lines` is on; true when a chunk may start with it.
-  take(lines) {
-    const free = this.state === null && this.blankBefore && lines.startsChunk();
+  same(other) {
+    return this.state === other.state && this.fence === other.fence && this.close === other.close && this.blankBefore === other.blankBefore;
+  }
+
+  // Takes the line `lines` is on; true when a chunk may start with it. A line that may or may
+  // not open an HTML block adds the reading where it does to `forks`.
+  take(lines, forks) {
+    const { blankBefore } = this;
+    const free = this.state === null && blankBefore && lines.startsChunk();
     if (this.state === "start") {
       this.blankBefore = lines.blank();
       this.state = FRONT_OPEN.test(lines.text()) ? "front" : null;
@@ -122,6 +136,13 @@ export class Scanner {
     this.blankBefore = false;
     if (this.state === "front") {
       if (FRONT_CLOSE.test(lines.text())) this.state = null;
+      return false;
+    }
+    if (this.state === "htmlUntilBlank") {
+      if (lines.blank()) {
+        this.state = null;
+        this.blankBefore = true;
+      }
       return false;
     }
     const lead = lines.lead();
@@ -139,8 +160,10 @@ export class Scanner {
       return false;
     }
     if (lead === BACKTICK || lead === TILDE) {
-      const fence = FENCE.exec(lines.text());
-      if (fence) {
+      const text = lines.text();
+      const fence = FENCE.exec(text);
+      // A backtick after a run of backticks makes it inline code, not a fence.
+      if (fence && !(lead === BACKTICK && text.includes("`", fence[0].length))) {
         this.state = "fence";
         this.fence = fence[1];
         return free;
@@ -151,9 +174,42 @@ export class Scanner {
       if (html) {
         this.close = html[1] ? HTML_CLOSE[html[1].toLowerCase()] : OTHER_CLOSE[html.slice(2).findIndex(Boolean)];
         if (!this.close.test(text.slice(html[0].length))) this.state = "html";
+      } else if (HTML_BLOCK_TAG.test(text) || (blankBefore && HTML_WHOLE_TAG.test(text))) {
+        this.state = "htmlUntilBlank";
+        return false;
+      } else if (HTML_WHOLE_TAG.test(text)) {
+        // After a line of text, whether a paragraph runs there is more than this reading knows:
+        // both readings are followed.
+        const fork = new Reading("htmlUntilBlank");
+        fork.blankBefore = false;
+        forks.push(fork);
       }
     }
     this.blankBefore = lines.blank();
+    return free;
+  }
+}
+
+// Finds where the next chunk may start. Where a line leaves the blocks in doubt, every reading of
+// them is followed, and a chunk starts only where they all allow it; they become one again once
+// they agree.
+export class Scanner {
+  constructor(atDocumentStart) {
+    this.readings = [new Reading(atDocumentStart ? "start" : null)];
+  }
+
+  // The one reading of the blocks, or null while there are several.
+  get reading() {
+    return this.readings.length === 1 ? this.readings[0] : null;
+  }
+
+  // Takes the line `lines` is on; true when a chunk may start with it.
+  take(lines) {
+    const forks = [];
+    let free = true;
+    for (const reading of this.readings) if (!reading.take(lines, forks)) free = false;
+    for (const fork of forks) this.readings.push(fork);
+    if (this.readings.length > 1) this.readings = this.readings.filter((r, i) => this.readings.findIndex((o) => o.same(r)) === i);
     return free;
   }
 }

@@ -2,11 +2,14 @@
 // every block has ended (blockCuts.js); a piece between two cuts parses as it does within the whole
 // document, so only the pieces with a line that may be a heading are parsed. Such a line has a "#"
 // after nothing but spaces, quote and list markers, followed by a space or its end, or is a Setext
-// underline. Prose and most code hold none, and their lines are only looked at.
+// underline. Prose and most code hold none, and their lines are only looked at; so are the lines
+// of a fenced block that surely holds no heading.
 import { DocInput } from "@codemirror/language";
 import { Lines, Scanner } from "./blockCuts.js";
 
 const HASH = 35;
+const BACKTICK = 96;
+const TILDE = 126;
 // A carriage return is a space to the Markdown parser, as are tabs.
 const isSpace = (c) => c === 32 || c === 9 || c === 13;
 const EQUALS = 61;
@@ -60,6 +63,7 @@ export class HeadingScan {
     this.scanner = new Scanner(pos === 0);
     this.piece = pos;
     this.parseIt = false;
+    this.fenceAtEdge = false;
   }
 
   // Scans until `deadline` (a time from performance.now()) or the end; true at the end.
@@ -68,6 +72,8 @@ export class HeadingScan {
     if (!lines) return true;
     for (let count = 0; lines.next(); count++) {
       const { start } = lines;
+      // (Read before the line changes it.)
+      const inFence = scanner.reading !== null && scanner.reading.state === "fence";
       if (scanner.take(lines) && start > this.piece) {
         this.endPiece(start);
         // A stop is at a cut: the next scan takes the line again, from a fresh start.
@@ -76,7 +82,17 @@ export class HeadingScan {
           return false;
         }
       }
-      if (!this.parseIt) this.parseIt = mayBeHeading(lines);
+      if (inFence) {
+        if (!this.parseIt && !this.fenceAtEdge) this.parseIt = mayBeHeading(lines);
+      } else {
+        if (!this.parseIt) this.parseIt = mayBeHeading(lines);
+        // A fence opened at the left edge is in no list or quote: it ends only at its closing
+        // line, and nothing in it is a heading. (Indented, it may be in a list item that ends
+        // before it does.)
+        const first = lines.buffer.charCodeAt(lines.at);
+        const reading = scanner.reading;
+        if (reading && reading.state === "fence") this.fenceAtEdge = first === BACKTICK || first === TILDE;
+      }
     }
     this.endPiece(this.input.length);
     this.lines = null;

@@ -50,6 +50,13 @@ function documentText(sections) {
     if (i % 8 === 0) parts.push("  ~~~~", "\t", "Été (code)", "", "  ~~~", "\t", "Été (code)", "", "    ```", "", "  ~~~~", "\t", "Été comme hiver.", "", "    ```", "", "Après.", "");
     // Lines ending in a carriage return, as in a file mixing line ends: blank to the parser.
     if (i % 9 === 0) parts.push("```sh\r", "# pas un titre (code)\r", "```\r", "\r", "Après une ligne CR.\r", "\r", "Encore.", "");
+    // A backtick in the info string: no fence, so the next "```" opens one.
+    if (i % 10 === 0) parts.push("```un`deux", "", "```", "", "# pas un titre (code)", "", "```", "");
+    // A fence line in an HTML block is text: the block ends at the blank line, the next "```"
+    // opens a fence.
+    if (i % 11 === 0) parts.push("<div>", "```", "", "# Titre après le bloc", "", "```", "", "Texte (code)", "", "```", "");
+    // A whole tag after a line of text is text, and the fence after it is one.
+    if (i === 190) parts.push("Texte", "<span>", "```", "", "Texte (code)", "", "```", "");
   }
   return parts.join("\n");
 }

@@ -80,6 +80,19 @@ test("deleting the end of the text takes its headings with it", () => {
   assert.ok(outlineComplete(state));
 });
 
+test("the idle scan finds the headings after a fence that its list item or HTML block ends", () => {
+  const parts = [];
+  for (let i = 0; i < 300; i++) {
+    parts.push("- point", "", "  ```", "  code", `# Après la liste ${i}`, "", "<div>", "```", "", `## Après le bloc ${i}`, "");
+    parts.push("```sh", "# commentaire", "```", "", "Texte", "<span>", "```", "", "# dans le code", "", "```", "");
+  }
+  const { support, outlineBlocks } = markdownSyntax(() => null);
+  const state = parsed(EditorState.create({ doc: parts.join("\n"), extensions: [support, outlineField] }));
+  const expected = state.field(outlineField).headings;
+  assert.equal(expected.length, 600);
+  assert.deepEqual(scanned(state.doc, outlineBlocks).headings, expected);
+});
+
 test("heading text drops the markup a reader does not see", () => {
   assert.equal(headingText("**Gras** et _italique_ et ~~barré~~"), "Gras et italique et barré");
   assert.equal(headingText("Le `code_avec_tirets` et snake_case_name"), "Le code_avec_tirets et snake_case_name");
@@ -112,7 +125,7 @@ function randomSource(seed) {
 // the one read from the whole tree of the result, heading for heading and position for position.
 test("the outline kept across edits is the one read afresh", () => {
   const common = ["# T", "## Deux", "texte", "", "", "===", "---", "    code", "> # cité", "- item", "  - # sous", "Titre", "***", "para\nsuite", "\r", "## CR\r", "===\r", "##\tonglet"];
-  const rare = ["```", "~~~", "<!--", "-->", "<div>", "```\r", "1. # un", "#\r"];
+  const rare = ["```", "~~~", "<!--", "-->", "<div>", "```\r", "1. # un", "#\r", "  ```"];
   for (let seed = 1; seed <= 3; seed++) {
     const random = randomSource(seed);
     const piece = () => (random(150) === 0 ? rare[random(rare.length)] : common[random(common.length)]);
