@@ -129,9 +129,12 @@ class Reading {
     const { blankBefore } = this;
     const free = this.state === null && blankBefore && lines.startsChunk();
     if (this.state === "start") {
-      this.blankBefore = lines.blank();
+      // Front matter opens only on the first line; any other first line is read as any line.
       this.state = FRONT_OPEN.test(lines.text()) ? "front" : null;
-      return false;
+      if (this.state === "front") {
+        this.blankBefore = false;
+        return false;
+      }
     }
     this.blankBefore = false;
     if (this.state === "front") {

@@ -61,6 +61,9 @@ function documentText(sections) {
   return parts.join("\n");
 }
 
+// A document that opens with a fenced block, or an HTML block, holding what would start a chunk.
+const opening = (first) => [first, "", "# pas un titre", "", "Texte", "", first === "```" ? "```" : "</div>", "", "# Titre", ""].join("\n") + documentText(20);
+
 // The editor hands the parser its text a line at a time; a plain string is read in blocks.
 const inputs = {
   string: (text) => text,
@@ -90,6 +93,10 @@ for (const [kind, input] of Object.entries(inputs)) {
     const paragraphs = (words) => [...text.matchAll(new RegExp(words, "g"))].map((m) => m.index).filter((at) => whole.resolve(at, 1).name === "Paragraph");
     const afterCR = [...paragraphs("Après une ligne CR"), ...paragraphs("Encore")];
     assert.ok(afterCR.length >= 10 && afterCR.every((at) => cuts.has(at)), "cuts after the CR lines");
+    for (const first of ["```", "<div>"]) {
+      const start = opening(first);
+      assert.deepEqual(nodes(new ChunkedParser(markdown, 1000, 1).parse(input(start))), nodes(markdown.parse(start)), `opening with ${first}`);
+    }
   });
 
   test(`edits parse again only what they touch, and the tree stays the whole parse's (${kind})`, () => {
