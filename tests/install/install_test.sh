@@ -11,7 +11,7 @@ fail() { echo "FAIL: $*"; echo "0 passed, 1 failed"; exit 1; }
 
 prefix="$work/prefix"
 cmake --install "$build" --prefix "$prefix" > "$work/install.log"
-for f in bin/pagewell share/pagewell/web/editor.html share/pagewell/web/editor.js \
+for f in bin/pagewell libexec/pagewell-app share/pagewell/web/editor.html share/pagewell/web/editor.js \
     share/pagewell/web/licenses.txt share/pagewell/web/formulas.js share/pagewell/web/diagrams.js share/pagewell/web/katex/katex.min.css \
     share/pagewell/qtwebengine_dictionaries/fr-FR.bdic \
     share/pagewell/qtwebengine_dictionaries/en-US.bdic share/pagewell/licenses/bootstrap-icons.txt \
@@ -55,7 +55,8 @@ grep -q "Pagewell.LastFile=$work/docs/ouvert.md" "$XDG_CONFIG_HOME/Pagewell/Page
     || { cat "$work/cpack.log"; fail "cpack"; }
 deb="$(ls "$work"/deb/pagewell_*.deb)"
 dpkg-deb --contents "$deb" > "$work/contents.txt"
-grep -q './usr/bin/pagewell$' "$work/contents.txt" || fail "the package has no binary"
+grep -q './usr/bin/pagewell$' "$work/contents.txt" && grep -q './usr/libexec/pagewell-app$' "$work/contents.txt" \
+    || fail "the package has no command or no application"
 grep -q './usr/share/pagewell/web/editor.html$' "$work/contents.txt" || fail "the package has no page"
 depends="$(dpkg-deb --field "$deb" Depends)"
 for p in libqt6webenginequick6 qml6-module-qtwebengine qml6-module-qt-labs-folderlistmodel libqt6svg6; do
