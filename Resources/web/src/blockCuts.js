@@ -115,12 +115,19 @@ class Reading {
   constructor(state) {
     this.state = state;
     this.fence = "";
+    this.atEdge = false; // the fence was opened at the left edge
     this.close = null;
     this.blankBefore = true;
   }
 
   same(other) {
-    return this.state === other.state && this.fence === other.fence && this.close === other.close && this.blankBefore === other.blankBefore;
+    return (
+      this.state === other.state &&
+      this.fence === other.fence &&
+      this.atEdge === other.atEdge &&
+      this.close === other.close &&
+      this.blankBefore === other.blankBefore
+    );
   }
 
   // Takes the line `lines` is on; true when a chunk may start with it. A line that may or may
@@ -169,6 +176,7 @@ class Reading {
       if (fence && !(lead === BACKTICK && text.includes("`", fence[0].length))) {
         this.state = "fence";
         this.fence = fence[1];
+        this.atEdge = lines.buffer.charCodeAt(lines.at) === lead;
         return free;
       }
     } else if (lead === LESS_THAN) {
@@ -204,6 +212,14 @@ export class Scanner {
   // The one reading of the blocks, or null while there are several.
   get reading() {
     return this.readings.length === 1 ? this.readings[0] : null;
+  }
+
+  // Whether the lines now are surely those of a fenced block opened at the left edge. Such a block
+  // is in no list or quote: it ends only at its closing line. (Indented, it may be in a list item
+  // that ends before it does.)
+  get inFenceAtEdge() {
+    const { reading } = this;
+    return reading !== null && reading.state === "fence" && reading.atEdge;
   }
 
   // Takes the line `lines` is on; true when a chunk may start with it.

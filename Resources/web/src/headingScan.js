@@ -8,8 +8,6 @@ import { DocInput } from "@codemirror/language";
 import { Lines, Scanner } from "./blockCuts.js";
 
 const HASH = 35;
-const BACKTICK = 96;
-const TILDE = 126;
 // A carriage return is a space to the Markdown parser, as are tabs.
 const isSpace = (c) => c === 32 || c === 9 || c === 13;
 const EQUALS = 61;
@@ -63,7 +61,6 @@ export class HeadingScan {
     this.scanner = new Scanner(pos === 0);
     this.piece = pos;
     this.parseIt = false;
-    this.fenceAtEdge = false;
   }
 
   // Scans until `deadline` (a time from performance.now()) or the end; true at the end.
@@ -72,8 +69,9 @@ export class HeadingScan {
     if (!lines) return true;
     for (let count = 0; lines.next(); count++) {
       const { start } = lines;
-      // (Read before the line changes it.)
-      const inFence = scanner.reading !== null && scanner.reading.state === "fence";
+      // Nothing in a fenced block opened at the left edge is a heading. (Read before the line
+      // changes it: the closing line is the block's too.)
+      const inCode = scanner.inFenceAtEdge;
       if (scanner.take(lines) && start > this.piece) {
         this.endPiece(start);
         // A stop is at a cut: the next scan takes the line again, from a fresh start.
@@ -82,17 +80,7 @@ export class HeadingScan {
           return false;
         }
       }
-      if (inFence) {
-        if (!this.parseIt && !this.fenceAtEdge) this.parseIt = mayBeHeading(lines);
-      } else {
-        if (!this.parseIt) this.parseIt = mayBeHeading(lines);
-        // A fence opened at the left edge is in no list or quote: it ends only at its closing
-        // line, and nothing in it is a heading. (Indented, it may be in a list item that ends
-        // before it does.)
-        const first = lines.buffer.charCodeAt(lines.at);
-        const reading = scanner.reading;
-        if (reading && reading.state === "fence") this.fenceAtEdge = first === BACKTICK || first === TILDE;
-      }
+      if (!this.parseIt && !inCode) this.parseIt = mayBeHeading(lines);
     }
     this.endPiece(this.input.length);
     this.lines = null;
