@@ -36,7 +36,7 @@ QString templateLiteral(QStringView text)
 
 QString templateLiteralPieces(const QString &text)
 {
-    constexpr qsizetype piece = 65'536;
+    constexpr qsizetype piece = 4'096;
     if (text.size() <= piece)
         return templateLiteral(text);
     QString joined;
