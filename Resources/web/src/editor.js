@@ -79,7 +79,7 @@ export function editsMessage(update) {
 }
 
 function outlineMessage(state) {
-  const headings = withIds(state.field(outlineField).headings).map(({ id, level, text }) => ({ id, level, text }));
+  const headings = withIds(state.field(outlineField).headings.toArray()).map(({ id, level, text }) => ({ id, level, text }));
   return { type: "headingsUpdated", headings };
 }
 
@@ -326,7 +326,7 @@ export function createEditor(parent, { post }) {
       // An id from the outline, or a heading as a link names it ("#Installation sous Linux").
       const wanted = [String(id ?? ""), slugify(String(id ?? ""))];
       const find = () => {
-        const headings = withIds(view.state.field(outlineField).headings);
+        const headings = withIds(view.state.field(outlineField).headings.toArray());
         for (const key of wanted) {
           const heading = headings.find((h) => h.id === key);
           if (heading) return heading;

@@ -12,6 +12,7 @@
 import { Facet, StateEffect, StateField } from "@codemirror/state";
 import { ViewPlugin } from "@codemirror/view";
 import { language, syntaxTree } from "@codemirror/language";
+import { HeadingList } from "./headingList.js";
 import { HeadingScan } from "./headingScan.js";
 
 const HEADING_LEVEL = {
@@ -115,18 +116,6 @@ function collect(doc, node, out, offset = 0) {
   }
 }
 
-// The index of the first heading whose start, as `at` gives it, is `pos` or later.
-function firstFrom(headings, pos, at = (h) => h.from) {
-  let low = 0;
-  let high = headings.length;
-  while (low < high) {
-    const mid = (low + high) >> 1;
-    if (at(headings[mid]) < pos) low = mid + 1;
-    else high = mid;
-  }
-  return low;
-}
-
 function sameOutline(a, b) {
   return a.length === b.length && a.every((h, i) => h.level === b[i].level && h.text === b[i].text);
 }
@@ -140,7 +129,8 @@ export function fromTree(doc, tree, offset = 0) {
 
 // The outline after `changes` (possibly empty) turned the old document, whose tree was `oldTree`,
 // into `doc` with the tree `tree`. `old.covered` is how far the old outline is true; beyond it,
-// its headings only stand in until the parse gets there.
+// its headings only stand in until the parse gets there. The headings before and after the blocks
+// read again are shared with the old outline (HeadingList), so a key costs what it changes.
 function updated(old, oldTree, doc, tree, changes) {
   let firstChange = Infinity;
   let lastChange = -1; // both in the new document
@@ -157,35 +147,33 @@ function updated(old, oldTree, doc, tree, changes) {
   const top = tree.topNode;
   let block = (start > 0 && top.childBefore(start)) || top.firstChild;
   const keepTo = block ? block.from : Math.min(start, tree.length);
-  let keptCount = firstFrom(old.headings, keepTo);
-  while (keptCount > 0 && old.headings[keptCount - 1].to > keepTo) keptCount--;
-  const headings = old.headings.slice(0, keptCount);
+  const before = old.headings;
+  let keptCount = before.firstFrom(keepTo);
+  while (keptCount > 0 && before.at(keptCount - 1).to > keepTo) keptCount--;
 
   // Read blocks until one lies past the changes where the old tree has the same block, read in
   // the same place: from there on both trees agree, and so do the outlines if the old one was
   // whole.
   const oldWhole = oldCovered >= changes.length;
+  const read = [];
   let resumed = -1; // the first old heading kept after the blocks read
   for (; block; block = block.nextSibling) {
     if (oldWhole && block.from > lastChange && block.to <= tree.length) {
       const at = block.from - delta;
       const same = oldTree.topNode.childAfter(at);
       if (same && same.from === at && same.to === block.to - delta && same.type === block.type) {
-        resumed = firstFrom(old.headings, at);
+        resumed = before.firstFrom(at);
         break;
       }
     }
-    collect(doc, block, headings);
+    collect(doc, block, read);
   }
   // Not met again: the old headings past the new tree's end stand in until the parse gets there.
   // A tree of the whole text leaves none to stand in, also those of text deleted at its end.
   const covered = resumed >= 0 ? changes.newLength : tree.length;
-  if (resumed < 0) resumed = covered >= doc.length ? old.headings.length : firstFrom(old.headings, tree.length, (h) => changes.mapPos(h.from, 1));
-  const changed = headings.length !== resumed || !sameOutline(headings.slice(keptCount), old.headings.slice(keptCount, resumed));
-  for (let i = resumed; i < old.headings.length; i++) {
-    const h = old.headings[i];
-    headings.push(changes.empty ? h : { ...h, from: changes.mapPos(h.from, 1), to: changes.mapPos(h.to, -1) });
-  }
+  if (resumed < 0) resumed = covered >= doc.length ? before.length : before.firstFrom(tree.length, (h) => changes.mapPos(h.from, 1));
+  const changed = read.length !== resumed - keptCount || !sameOutline(read, before.toArray(keptCount, resumed));
+  const headings = HeadingList.join([before.slice(0, keptCount), read, before.slice(resumed).mapped(changes)]);
   return { headings, covered, changed };
 }
 
@@ -194,13 +182,14 @@ const outlineRead = StateEffect.define();
 
 export const outlineField = StateField.define({
   create(state) {
-    return fromTree(state.doc, syntaxTree(state));
+    const { headings, covered, changed } = fromTree(state.doc, syntaxTree(state));
+    return { headings: HeadingList.of(headings), covered, changed };
   },
   update(value, tr) {
     for (const effect of tr.effects) {
       if (effect.is(outlineRead) && effect.value.doc === tr.state.doc) {
         const { headings } = effect.value;
-        return { headings, covered: tr.state.doc.length, changed: !sameOutline(headings, value.headings) };
+        return { headings: HeadingList.of(headings), covered: tr.state.doc.length, changed: !sameOutline(headings, value.headings.toArray()) };
       }
     }
     const tree = syntaxTree(tr.state);

@@ -31,7 +31,7 @@ function scanned(doc, parser, edit) {
 const lineOf = (state, h) => state.doc.lineAt(h.from).number;
 const outline = (text) => {
   const state = parsed(stateOf(text));
-  return state.field(outlineField).headings.map((h) => `${lineOf(state, h)}:${h.level}:${h.text}`);
+  return state.field(outlineField).headings.toArray().map((h) => `${lineOf(state, h)}:${h.level}:${h.text}`);
 };
 
 test("the outline lists what the editor styles as headings, with the reader's text", () => {
@@ -58,7 +58,7 @@ test("the idle parse reads the editor's headings without parsing the code of fen
   const state = EditorState.create({ doc: lines.join("\n"), extensions: [support, outlineField] });
   ensureSyntaxTree(state, state.doc.length, 1e9);
   assert.ok(asked >= 40, "the editor highlights the code in its language");
-  const expected = state.update({}).state.field(outlineField).headings;
+  const expected = state.update({}).state.field(outlineField).headings.toArray();
   assert.equal(expected.length, 40);
 
   asked = 0;
@@ -76,7 +76,7 @@ test("the idle parse reads the editor's headings without parsing the code of fen
 test("deleting the end of the text takes its headings with it", () => {
   const text = "# Un\n\ntexte\n\n## Deux\n\n## Trois\n";
   const state = parsed(stateOf(text)).update({ changes: { from: text.indexOf("## Deux"), to: text.length } }).state;
-  assert.deepEqual(state.field(outlineField).headings.map((h) => h.text), ["Un"]);
+  assert.deepEqual(state.field(outlineField).headings.toArray().map((h) => h.text), ["Un"]);
   assert.ok(outlineComplete(state));
 });
 
@@ -88,7 +88,7 @@ test("the idle scan finds the headings after a fence that its list item or HTML 
   }
   const { support, outlineBlocks } = markdownSyntax(() => null);
   const state = parsed(EditorState.create({ doc: parts.join("\n"), extensions: [support, outlineField] }));
-  const expected = state.field(outlineField).headings;
+  const expected = state.field(outlineField).headings.toArray();
   assert.equal(expected.length, 600);
   assert.deepEqual(scanned(state.doc, outlineBlocks).headings, expected);
 });
@@ -107,7 +107,7 @@ test("ids are readable, unique, and stable when other text changes", () => {
   assert.equal(slugify("***"), "section");
   const ids = withIds(["Intro", "Intro", "Intro 1", "Intro", ""].map((text) => ({ text, level: 2, from: 0 }))).map((h) => h.id);
   assert.deepEqual(ids, ["intro", "intro-1", "intro-1-1", "intro-2", "section"]);
-  const idsOf = (text) => withIds(parsed(stateOf(text)).field(outlineField).headings).map((h) => h.id);
+  const idsOf = (text) => withIds(parsed(stateOf(text)).field(outlineField).headings.toArray()).map((h) => h.id);
   assert.deepEqual(idsOf("# A\nautre texte\nen plus\n\n## B\n## B"), idsOf("# A\ntexte\n## B\n## B"));
 });
 
@@ -139,32 +139,34 @@ test("the outline kept across edits is the one read afresh", () => {
       const to = Math.min(state.doc.length, from + (random(8) === 0 ? random(300) : random(12)));
       const insert = random(4) === 0 ? "" : piece() + (random(3) ? "\n" : "");
       const previous = state.field(outlineField);
-      const before = previous.headings;
+      const before = previous.headings.toArray();
       const transaction = state.update({ changes: { from, to, insert } });
       const oldDoc = state.doc;
       state = transaction.state;
       const kept = state.field(outlineField);
+      const keptHeadings = kept.headings.toArray();
       const fresh = parsed(stateOf(state.doc.toString())).field(outlineField);
+      const freshHeadings = fresh.headings.toArray();
       // The editor parses within a time budget: on a loaded machine its tree may stop short, and
       // past `covered` the old headings only stand in until the idle parse gets there.
       const upTo = (headings) => headings.filter((h) => h.to <= kept.covered);
-      if (kept.covered >= state.doc.length) assert.deepEqual(kept.headings, fresh.headings, `seed ${seed}, round ${round}`);
-      else assert.deepEqual(upTo(kept.headings), upTo(fresh.headings), `seed ${seed}, round ${round}, to ${kept.covered}`);
+      if (kept.covered >= state.doc.length) assert.deepEqual(keptHeadings, freshHeadings, `seed ${seed}, round ${round}`);
+      else assert.deepEqual(upTo(keptHeadings), upTo(freshHeadings), `seed ${seed}, round ${round}, to ${kept.covered}`);
       // The idle parse reads blocks only; it must find the same headings.
       // So must the idle scan, which parses only the pieces that may hold one, edited as it goes.
       if (round % 10 === 0) {
         const blocks = blocksOnly(state.facet(language).parser);
         const tree = blocks.parse(new DocInput(state.doc));
-        assert.deepEqual(fromTree(state.doc, tree).headings, fresh.headings, `seed ${seed}, round ${round}: blocks only`);
+        assert.deepEqual(fromTree(state.doc, tree).headings, freshHeadings, `seed ${seed}, round ${round}: blocks only`);
         const scan = scanned(oldDoc, blocks, { doc: state.doc, changes: transaction.changes });
-        assert.deepEqual(scan.headings, fresh.headings, `seed ${seed}, round ${round}: scan`);
+        assert.deepEqual(scan.headings, freshHeadings, `seed ${seed}, round ${round}: scan`);
         assert.ok(scan.checkpoints.length > 2, "the scan kept checkpoints");
       }
-      const differs = before.length !== kept.headings.length || before.some((h, i) => h.text !== kept.headings[i].text || h.level !== kept.headings[i].level);
+      const differs = before.length !== keptHeadings.length || before.some((h, i) => h.text !== keptHeadings[i].text || h.level !== keptHeadings[i].level);
       // A new value says whether it differs; an unchanged document keeps the old value.
       assert.equal(kept !== previous && kept.changed, differs, `seed ${seed}, round ${round}: changed flag`);
       if (differs) changed++;
-      most = Math.max(most, kept.headings.length);
+      most = Math.max(most, keptHeadings.length);
     }
     assert.ok(most > 40 && changed >= 5, `${most} headings at most, ${changed} changes`);
   }
