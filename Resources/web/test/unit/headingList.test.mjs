@@ -2,15 +2,7 @@ import { test } from "node:test";
 import assert from "node:assert/strict";
 import { ChangeSet } from "@codemirror/state";
 import { HeadingList } from "../../src/headingList.js";
-
-function randomSource(seed) {
-  return (n) => {
-    seed = (seed + 0x6d2b79f5) | 0;
-    let t = Math.imul(seed ^ (seed >>> 15), 1 | seed);
-    t = (t + Math.imul(t ^ (t >>> 7), 61 | t)) ^ t;
-    return ((((t ^ (t >>> 14)) >>> 0) / 4294967296) * n) | 0;
-  };
-}
+import { randomSource } from "./random.mjs";
 
 // Headings from `from` on, one every few characters, up to `to`.
 function headingsIn(random, from, to, name) {

@@ -8,6 +8,7 @@ import { blocksOnly, fromTree, headingText, outlineComplete, outlineField, slugi
 import { markdownSyntax } from "../../src/markdownSyntax.js";
 import { rustLanguage } from "@codemirror/lang-rust";
 import { HeadingScan } from "../../src/headingScan.js";
+import { randomSource } from "./random.mjs";
 
 const markdownSupport = markdown({ base: markdownLanguage, extensions: [frontMatter] });
 const stateOf = (text) => EditorState.create({ doc: text, extensions: [markdownSupport, outlineField] });
@@ -110,16 +111,6 @@ test("ids are readable, unique, and stable when other text changes", () => {
   const idsOf = (text) => withIds(parsed(stateOf(text)).field(outlineField).headings.toArray()).map((h) => h.id);
   assert.deepEqual(idsOf("# A\nautre texte\nen plus\n\n## B\n## B"), idsOf("# A\ntexte\n## B\n## B"));
 });
-
-function randomSource(seed) {
-  return (n) => {
-    // mulberry32: small, and good in every bit
-    seed = (seed + 0x6d2b79f5) | 0;
-    let t = Math.imul(seed ^ (seed >>> 15), 1 | seed);
-    t = (t + Math.imul(t ^ (t >>> 7), 61 | t)) ^ t;
-    return ((((t ^ (t >>> 14)) >>> 0) / 4294967296) * n) | 0;
-  };
-}
 
 // Random edits on a document with every kind of block: the outline, updated edit by edit, must be
 // the one read from the whole tree of the result, heading for heading and position for position.
