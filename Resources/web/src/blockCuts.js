@@ -209,17 +209,12 @@ export class Scanner {
     this.readings = [new Reading(atDocumentStart ? "start" : null)];
   }
 
-  // The one reading of the blocks, or null while there are several.
-  get reading() {
-    return this.readings.length === 1 ? this.readings[0] : null;
-  }
-
   // Whether the lines now are surely those of a fenced block opened at the left edge. Such a block
   // is in no list or quote: it ends only at its closing line. (Indented, it may be in a list item
   // that ends before it does.)
   get inFenceAtEdge() {
-    const { reading } = this;
-    return reading !== null && reading.state === "fence" && reading.atEdge;
+    const [reading, other] = this.readings;
+    return !other && reading.state === "fence" && reading.atEdge;
   }
 
   // Takes the line `lines` is on; true when a chunk may start with it.
