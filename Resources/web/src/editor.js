@@ -11,7 +11,7 @@ import {
   crosshairCursor,
 } from "@codemirror/view";
 import { defaultKeymap, history, historyKeymap, indentWithTab, isolateHistory } from "@codemirror/commands";
-import { bracketMatching, indentOnInput } from "@codemirror/language";
+import { bracketMatching, ensureSyntaxTree, indentOnInput, syntaxTreeAvailable } from "@codemirror/language";
 import { closeBrackets, closeBracketsKeymap } from "@codemirror/autocomplete";
 import { search, searchKeymap } from "@codemirror/search";
 import { codeLanguages } from "./codeLanguages.js";
@@ -37,6 +37,9 @@ import { callouts } from "./callouts.js";
 import { properties } from "./properties.js";
 
 // Pasted or dropped text takes the document's own line breaks, so a CRLF file stays CRLF.
+// The characters a new state's own parse covers, about a screen.
+const FIRST_SCREEN = 3000;
+
 const pastedLineBreaks = EditorState.transactionFilter.of((tr) => {
   if (!tr.docChanged || !(tr.isUserEvent("input.paste") || tr.isUserEvent("input.drop"))) return tr;
   const separator = tr.startState.lineBreak;
@@ -225,12 +228,21 @@ export function createEditor(parent, { post }) {
   const positions = new Map();
 
   // A new document: its text, a fresh undo history, the top of the text in view.
+  // A new state parses its first screen within 20 ms, which a page whose scripts have not warmed
+  // up can overrun on a busy machine: the document would show its raw markup until the idle
+  // parse reached it. The first screen gets a quarter of a second instead.
+  function withFirstScreenParsed(state) {
+    const upto = Math.min(state.doc.length, FIRST_SCREEN);
+    if (syntaxTreeAvailable(state, upto) || !ensureSyntaxTree(state, upto, 250)) return state;
+    return state.update({}).state; // takes the tree the parse has gone on to
+  }
+
   function load(markdownText, path) {
     if (view) {
       const top = view.lineBlockAtHeight(view.scrollDOM.getBoundingClientRect().top - view.documentTop).from;
       positions.set(view.state.facet(documentPath), { top, head: view.state.selection.main.head });
     }
-    const state = makeState(markdownText, path);
+    const state = withFirstScreenParsed(makeState(markdownText, path));
     if (view) {
       view.setState(state);
     } else {

@@ -63,6 +63,25 @@ test("loading text posts the outline once, never the text", async () => {
   });
 });
 
+test("a document's first screen shows styled at once, even on a busy machine", async () => {
+  await withEditor(
+    async ({ page }) => {
+      const lines = ["# Titre", "", "```js"];
+      for (let i = 0; i < 12; i++) lines.push(`const valeur${i} = [${i}, "texte ${i}", { clé: ${i} }];`);
+      lines.push("```", "", "## Fin", "", "Avec **gras** et `code`.");
+      // (Read in the task that brings the text: no idle parse has run yet.)
+      const shown = await page.evaluate((t) => {
+        window.Pagewell.setContent(t, "/w/a.md");
+        const count = (selector) => document.querySelectorAll(selector).length;
+        const bold = [...document.querySelectorAll(".cm-line span")].filter((s) => s.textContent === "gras");
+        return { code: count(".cm-codeblock"), end: count(".cm-h2"), bold: bold.map((s) => getComputedStyle(s).fontWeight) };
+      }, lines.join("\n"));
+      assert.deepEqual(shown, { code: 14, end: 1, bold: ["700"] });
+    },
+    { slowdown: 6 },
+  );
+});
+
 test("a large document shows at once and its whole outline follows from the idle parse", async () => {
   await withEditor(async ({ page, messages }) => {
     const sections = await page.evaluate(() => {

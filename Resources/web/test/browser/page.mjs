@@ -20,8 +20,9 @@ export async function launch() {
 }
 
 // A page with the editor loaded. `errors` collects console errors and uncaught exceptions;
-// `messages()` returns what the page posted to the bridge, oldest first.
-export async function openEditor(browser, { width = 1000, height = 700, colorScheme = "light" } = {}) {
+// `messages()` returns what the page posted to the bridge, oldest first. `slowdown` runs the
+// page's scripts, once loaded, that many times slower, as on a busy machine.
+export async function openEditor(browser, { width = 1000, height = 700, colorScheme = "light", slowdown = 1 } = {}) {
   const context = await browser.newContext({ viewport: { width, height }, colorScheme });
   const page = await context.newPage();
   const errors = [];
@@ -34,6 +35,7 @@ export async function openEditor(browser, { width = 1000, height = 700, colorSch
   });
   await page.goto(pathToFileURL(resolve(pageDir, "editor.html")).href);
   await page.waitForFunction(() => typeof window.Pagewell === "object");
+  if (slowdown > 1) await (await context.newCDPSession(page)).send("Emulation.setCPUThrottlingRate", { rate: slowdown });
   return {
     page,
     errors,
