@@ -4,11 +4,13 @@
 // syntax tree on every change, and they appear as CodeMirror's parse reaches them: in a document
 // under 200,000 characters all of them; in a larger one, those within 12,000 characters of the
 // lines on screen (the reach, which follows the view), so a key costs the same whatever the
-// size, while the blocks the view has passed keep their drawings.
+// size, while the blocks the view has passed keep their drawings. There a key reads again only
+// the chunks of the tree it changed (see redrawnSpans).
 import { Decoration, EditorView, ViewPlugin, keymap } from "@codemirror/view";
 import { Facet, Prec, StateEffect, StateField } from "@codemirror/state";
 import { syntaxTree } from "@codemirror/language";
 import { LARGE_DOCUMENT, showSource } from "./document.js";
+import { chunksOf } from "./chunkedParser.js";
 import { drawnAnew } from "./caretLines.js";
 
 // The blocks other blocks hold, whose children are looked at too.
@@ -28,14 +30,14 @@ export function linesOf(state, node) {
 // The reach: the part of a large document whose blocks are drawn, [from, to).
 const moveReach = StateEffect.define();
 
-// The drawings of the blocks in the reach, in the order of the text.
-function drawings(state, reach) {
+// The drawings of the blocks that overlap `range` ({from, to}), in the order of the text.
+export function drawings(state, range) {
   const drawers = state.facet(blockDrawer);
   const selection = state.selection.ranges;
   const ranges = [];
   syntaxTree(state).iterate({
-    from: reach.from,
-    to: reach.to,
+    from: range.from,
+    to: range.to,
     enter(node) {
       if (CONTAINERS.has(node.name)) return true;
       if (!selection.some((r) => r.to >= node.from && r.from <= node.to)) {
@@ -55,6 +57,29 @@ function drawings(state, reach) {
 }
 
 const wholeDocument = (state) => ({ from: 0, to: state.doc.length });
+
+// The parts of the reach whose blocks an edit may have changed, in a large document: the chunks
+// of the syntax tree the edit parsed anew, those the selection is in or left, and what lies past
+// the tree. The other chunks are the same trees as before, so their drawings stand, moved with
+// the text. Null when the trees are not in chunks.
+function redrawnSpans(tr, oldReach, reach) {
+  const old = chunksOf(syntaxTree(tr.startState), oldReach.from, oldReach.to);
+  const tree = syntaxTree(tr.state);
+  const now = chunksOf(tree, reach.from, reach.to);
+  if (!old || !now) return null;
+  const kept = new Set(old.map((chunk) => chunk.tree));
+  const selected = [...tr.state.selection.ranges, ...tr.startState.selection.ranges.map((r) => ({ from: tr.changes.mapPos(r.from, -1), to: tr.changes.mapPos(r.to, 1) }))];
+  const spans = [];
+  for (const chunk of now) {
+    if (kept.has(chunk.tree) && !selected.some((r) => r.to >= chunk.from && r.from <= chunk.to)) continue;
+    const from = Math.max(chunk.from, reach.from);
+    const last = spans[spans.length - 1];
+    if (last && last.to >= from) last.to = Math.min(chunk.to, reach.to);
+    else spans.push({ from, to: Math.min(chunk.to, reach.to) });
+  }
+  if (tree.length < reach.to) spans.push({ from: Math.max(tree.length, reach.from), to: reach.to });
+  return spans;
+}
 
 // Drawings outside the reach are kept as they were, moved with the text, so a block the view has
 // passed keeps its height; those inside are drawn anew.
@@ -78,8 +103,18 @@ export const drawnBlocks = StateField.define({
       // Another theme draws every block anew; the source shown draws none.
       const { startState: before, state: after } = tr;
       const restyled = after.facet(EditorView.darkTheme) !== before.facet(EditorView.darkTheme);
+      const spans = tr.docChanged && !moved && !restyled && after.doc.length >= LARGE_DOCUMENT && after.facet(showSource) === before.facet(showSource) ? redrawnSpans(tr, value.reach, reach) : null;
       if (after.facet(showSource)) decorations = Decoration.none;
-      else {
+      else if (spans) {
+        if (spans.length) {
+          decorations = decorations.update({
+            filterFrom: spans[0].from,
+            filterTo: spans[spans.length - 1].to,
+            filter: (from, to) => !spans.some((span) => from <= span.to && to >= span.from),
+            add: spans.flatMap((span) => drawings(after, span)),
+          });
+        }
+      } else {
         decorations = (restyled ? Decoration.none : decorations).update({
           filterFrom: reach.from,
           filterTo: reach.to,

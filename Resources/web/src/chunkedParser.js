@@ -157,6 +157,23 @@ export class ChunkedParser extends Parser {
   }
 }
 
+// The chunks of a chunked tree that overlap [from, to], in order, as {from, to, tree}; null for a
+// tree that was not parsed in chunks. A chunk an edit left alone is the same tree object after it.
+export function chunksOf(tree, from, to) {
+  if (!chunkedTrees.has(tree)) return null;
+  const chunks = [];
+  const visit = (node, offset) => {
+    node.children.forEach((child, i) => {
+      const start = offset + node.positions[i];
+      if (start > to || start + child.length < from || !(child instanceof Tree)) return;
+      if (child.type === NodeType.none) visit(child, start);
+      else chunks.push({ from: start, to: start + child.length, tree: child });
+    });
+  };
+  visit(tree, 0);
+  return chunks;
+}
+
 // Highlights [from, to) of `tree` as `highlightTree` does. That walks the tree from its first
 // block to the range; a chunked tree is walked from the chunks around the range only.
 export function highlightRange(tree, highlighter, put, from, to) {
