@@ -36,10 +36,10 @@ import { markupHiding } from "./markupHiding.js";
 import { callouts } from "./callouts.js";
 import { properties } from "./properties.js";
 
-// Pasted or dropped text takes the document's own line breaks, so a CRLF file stays CRLF.
 // The characters a new state's own parse covers, about a screen.
 const FIRST_SCREEN = 3000;
 
+// Pasted or dropped text takes the document's own line breaks, so a CRLF file stays CRLF.
 const pastedLineBreaks = EditorState.transactionFilter.of((tr) => {
   if (!tr.docChanged || !(tr.isUserEvent("input.paste") || tr.isUserEvent("input.drop"))) return tr;
   const separator = tr.startState.lineBreak;
@@ -227,7 +227,6 @@ export function createEditor(parent, { post }) {
   // Where each document was left when another replaced it: the line at the top and the caret.
   const positions = new Map();
 
-  // A new document: its text, a fresh undo history, the top of the text in view.
   // A new state parses its first screen within 20 ms, which a page whose scripts have not warmed
   // up can overrun on a busy machine: the document would show its raw markup until the idle
   // parse reached it. The first screen gets a quarter of a second instead.
@@ -237,6 +236,7 @@ export function createEditor(parent, { post }) {
     return state.update({}).state; // takes the tree the parse has gone on to
   }
 
+  // A new document: its text, a fresh undo history, the top of the text in view.
   function load(markdownText, path) {
     if (view) {
       const top = view.lineBlockAtHeight(view.scrollDOM.getBoundingClientRect().top - view.documentTop).from;
