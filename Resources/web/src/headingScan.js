@@ -39,10 +39,23 @@ function mayBeHeading(lines) {
   return false;
 }
 
+// The level of the ATX heading the line `lines` is on if it opens at the left edge, as the Markdown
+// parser reads one: one to six "#"s, then a space, a tab or the line's end. Else 0.
+function atxLevel(lines) {
+  const { buffer, at, end } = lines;
+  let i = at;
+  while (i < end && buffer.charCodeAt(i) === HASH) i++;
+  const level = i - at;
+  return level <= 6 && (i === end || isSpace(buffer.charCodeAt(i))) ? level : 0;
+}
+
 // Reads `doc` in pieces with `parser` (a Markdown parser), handing each parsed piece's tree and
-// its position to `read`, which returns the piece's headings. `work` goes on until a deadline;
-// `edited` keeps what an edit left true, from the last checkpoint before it (checkpoints are at
-// least `checkpointEvery` characters apart).
+// its position to `read.tree`, which returns the piece's headings. A piece whose only possible
+// heading is an ATX heading on its first line is not parsed at all: a piece starts where every
+// block has ended, so that line is a heading. `read.atx(from, to, level)` makes its entry. In
+// prose most pieces with a heading are such, and parsing them was most of a cold page's scan.
+// `work` goes on until a deadline; `edited` keeps what an edit left true, from the last checkpoint
+// before it (checkpoints are at least `checkpointEvery` characters apart).
 export class HeadingScan {
   constructor(doc, parser, read, checkpointEvery = 65536) {
     this.parser = parser;
@@ -61,6 +74,7 @@ export class HeadingScan {
     this.scanner = new Scanner(pos === 0);
     this.piece = pos;
     this.parseIt = false;
+    this.atx = null; // {to, level} of a heading on the piece's first line
   }
 
   // Scans until `deadline` (a time from performance.now()) or the end; true at the end.
@@ -80,7 +94,11 @@ export class HeadingScan {
           return false;
         }
       }
-      if (!this.parseIt && !inCode) this.parseIt = mayBeHeading(lines);
+      if (!this.parseIt && !inCode && mayBeHeading(lines)) {
+        const level = start === this.piece ? atxLevel(lines) : 0;
+        if (level) this.atx = { to: start + lines.end - lines.at, level };
+        else this.parseIt = true;
+      }
     }
     this.endPiece(this.input.length);
     this.lines = null;
@@ -92,12 +110,15 @@ export class HeadingScan {
       const parse = this.parser.startParse(this.input, [], [{ from: this.piece, to: end }]);
       let tree;
       while (!(tree = parse.advance()));
-      for (const heading of this.read(tree, this.piece)) this.headings.push(heading);
+      for (const heading of this.read.tree(tree, this.piece)) this.headings.push(heading);
+    } else if (this.atx) {
+      this.headings.push(this.read.atx(this.piece, this.atx.to, this.atx.level));
     }
     const last = this.checkpoints[this.checkpoints.length - 1];
     if (end - last.pos >= this.checkpointEvery) this.checkpoints.push({ pos: end, count: this.headings.length });
     this.piece = end;
     this.parseIt = false;
+    this.atx = null;
   }
 
   // The document became `doc` through `changes`: the headings before the last cut ahead of the

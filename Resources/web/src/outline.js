@@ -95,8 +95,7 @@ function heading(doc, node, level, offset) {
   const end = node.to + offset;
   if (node.name.startsWith("ATX")) {
     const from = mark && mark.name === "HeaderMark" && mark.from === node.from ? mark.to + offset : start;
-    const body = doc.sliceString(from, end).replace(/(?:^|[ \t]+)#+[ \t]*$/, "");
-    return { from: start, to: end, level, text: headingText(body) };
+    return atxHeading(doc, start, from, end, level);
   }
   // A Setext heading's text runs to its underline; its later lines may carry quote markers.
   const underline = node.lastChild;
@@ -104,6 +103,13 @@ function heading(doc, node, level, offset) {
   const lines = doc.sliceString(start, textEnd, "\n").split("\n");
   const text = lines.map((line, i) => (i ? line.replace(/^(?:[ \t]*>)+/, "") : line)).join(" ");
   return { from: start, to: end, level, text: headingText(text) };
+}
+
+// An ATX heading's entry: it runs from `start` to `end`, its text from `textFrom` (after the
+// opening "#"s) less a closing run of "#"s.
+export function atxHeading(doc, start, textFrom, end, level) {
+  const body = doc.sliceString(textFrom, end).replace(/(?:^|[ \t]+)#+[ \t]*$/, "");
+  return { from: start, to: end, level, text: headingText(body) };
 }
 
 // The headings inside the top-level block `node`, appended to `out`.
@@ -210,6 +216,20 @@ export function completeOutline(view) {
   if (plugin) plugin.finish(Infinity);
 }
 
+// A scan of `doc` for its headings (HeadingScan) whose entries are the outline's.
+export function headingScan(doc, parser, checkpointEvery) {
+  const scan = new HeadingScan(
+    doc,
+    parser,
+    {
+      tree: (tree, offset) => fromTree(scan.doc, tree, offset).headings,
+      atx: (from, to, level) => atxHeading(scan.doc, from, from + level, to, level),
+    },
+    checkpointEvery,
+  );
+  return scan;
+}
+
 // The editor's parser without its inline parsers: Markdown decides its blocks before their
 // inline content, so the blocks, headings among them, come out the same, three times faster.
 // With no inline parser left an inline parse finds nothing, so it is not run at all: it would
@@ -273,7 +293,7 @@ export const outlineParser = ViewPlugin.fromClass(
       }
       if (!this.scan) {
         const parser = state.facet(outlineBlocks) || blocksOnly(state.facet(language).parser);
-        this.scan = new HeadingScan(state.doc, parser, (tree, offset) => fromTree(this.scan.doc, tree, offset).headings);
+        this.scan = headingScan(state.doc, parser);
       }
       if (!this.scan.work(performance.now() + budget)) {
         this.schedule();

@@ -4,10 +4,9 @@ import { EditorState } from "@codemirror/state";
 import { DocInput, ensureSyntaxTree, language } from "@codemirror/language";
 import { markdown, markdownLanguage } from "@codemirror/lang-markdown";
 import { frontMatter } from "../../src/frontMatter.js";
-import { blocksOnly, fromTree, headingText, outlineComplete, outlineField, slugify, withIds } from "../../src/outline.js";
+import { blocksOnly, fromTree, headingScan, headingText, outlineComplete, outlineField, slugify, withIds } from "../../src/outline.js";
 import { markdownSyntax } from "../../src/markdownSyntax.js";
 import { rustLanguage } from "@codemirror/lang-rust";
-import { HeadingScan } from "../../src/headingScan.js";
 import { randomSource } from "./random.mjs";
 
 const markdownSupport = markdown({ base: markdownLanguage, extensions: [frontMatter] });
@@ -20,7 +19,7 @@ function parsed(state) {
 // The headings HeadingScan finds in `doc`, stopped every few hundred lines as idle time runs out
 // and, if `edit` is given, edited at the first stop ({changes, doc} of the new text).
 function scanned(doc, parser, edit) {
-  const scan = new HeadingScan(doc, parser, (tree, offset) => fromTree(scan.doc, tree, offset).headings, 300);
+  const scan = headingScan(doc, parser, 300);
   let pending = edit;
   for (;;) {
     const done = scan.work(-Infinity);
@@ -68,10 +67,13 @@ test("the idle parse reads the editor's headings without parsing the code of fen
   assert.deepEqual(fromTree(state.doc, alone).headings, expected);
 
   // The idle scan parses only the pieces that may hold a heading: the same headings, and the code
-  // languages are never asked for.
-  const scan = scanned(state.doc, outlineBlocks);
+  // languages are never asked for. Here each heading opens its piece, so nothing is parsed at all.
+  let parses = 0;
+  const counted = Object.create(outlineBlocks, { startParse: { value: (...args) => (parses++, outlineBlocks.startParse(...args)) } });
+  const scan = scanned(state.doc, counted);
   assert.equal(asked, 0, "the outline's scan asked for a code language");
   assert.deepEqual(scan.headings, expected);
+  assert.equal(parses, 0, "pieces opening with their heading were parsed");
 });
 
 test("deleting the end of the text takes its headings with it", () => {
@@ -116,6 +118,7 @@ test("ids are readable, unique, and stable when other text changes", () => {
 // the one read from the whole tree of the result, heading for heading and position for position.
 test("the outline kept across edits is the one read afresh", () => {
   const common = ["# T", "## Deux", "texte", "", "", "===", "---", "    code", "> # cité", "- item", "  - # sous", "Titre", "***", "para\nsuite", "\r", "## CR\r", "===\r", "##\tonglet"];
+  common.push("### Fin ###  ", "#  *large*  #x", "# ", "#", "####### sept", "###### \\#", " # décalé", "#sans");
   const rare = ["```", "~~~", "<!--", "-->", "<div>", "```\r", "1. # un", "#\r", "  ```"];
   for (let seed = 1; seed <= 3; seed++) {
     const random = randomSource(seed);
