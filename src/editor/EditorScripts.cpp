@@ -8,13 +8,11 @@ using namespace Qt::StringLiterals;
 
 namespace EditorScripts {
 
-// One pass over the text: documents run to megabytes, and four replace passes cost a quarter of
-// a second on a 10 MB one.
-QString templateLiteral(QStringView text)
+// One pass over the text, appended to `out`: documents run to megabytes, and four replace passes
+// cost a quarter of a second on a 10 MB one.
+static void appendTemplateLiteral(QString &out, QStringView text)
 {
-    QString encoded;
-    encoded.reserve(text.size() + text.size() / 16 + 2);
-    encoded += u'`';
+    out += u'`';
     const QChar *run = text.constData();
     const QChar *const end = run + text.size();
     for (const QChar *c = run; c != end; ++c) {
@@ -24,33 +22,52 @@ QString templateLiteral(QStringView text)
         // stays.
         if (unit != u'\\' && unit != u'`' && unit != u'$' && unit != u'\r')
             continue;
-        encoded.append(run, c - run);
-        encoded += u'\\';
-        encoded += unit == u'\r' ? QChar(u'r') : *c;
+        out.append(run, c - run);
+        out += u'\\';
+        out += unit == u'\r' ? QChar(u'r') : *c;
         run = c + 1;
     }
-    encoded.append(run, end - run);
-    encoded += u'`';
+    out.append(run, end - run);
+    out += u'`';
+}
+
+QString templateLiteral(QStringView text)
+{
+    QString encoded;
+    encoded.reserve(text.size() + text.size() / 16 + 2);
+    appendTemplateLiteral(encoded, text);
     return encoded;
 }
 
-QString templateLiteralPieces(const QString &text)
+// Written into `out`, which the caller has room in: a 10 MB document's call is some 20 MB, and
+// every copy of it costs the window's thread tens of milliseconds of fresh memory.
+static void appendTemplateLiteralPieces(QString &out, QStringView text)
 {
     constexpr qsizetype piece = 4'096;
-    if (text.size() <= piece)
-        return templateLiteral(text);
-    QString joined;
-    joined.reserve(text.size() + text.size() / 16 + 2 * (text.size() / piece + 1));
-    for (qsizetype at = 0; at < text.size();) {
+    qsizetype at = 0;
+    do {
         qsizetype length = std::min(piece, text.size() - at);
         // A surrogate pair stays whole: each half alone would be a different character.
         if (at + length < text.size() && text.at(at + length - 1).isHighSurrogate())
             --length;
         if (at)
-            joined += u'+';
-        joined += templateLiteral(QStringView(text).sliced(at, length));
+            out += u'+';
+        appendTemplateLiteral(out, text.sliced(at, length));
         at += length;
-    }
+    } while (at < text.size());
+}
+
+// Room for the text, its escapes and the pieces' quotes, with the calls around it.
+static qsizetype roomFor(QStringView text)
+{
+    return text.size() + text.size() / 16 + 3 * (text.size() / 4'096 + 1) + 256;
+}
+
+QString templateLiteralPieces(const QString &text)
+{
+    QString joined;
+    joined.reserve(roomFor(text));
+    appendTemplateLiteralPieces(joined, text);
     return joined;
 }
 
@@ -76,9 +93,14 @@ QString startCall(bool isDark)
 // and the page would keep the previous document's text, to be saved over this file.
 QString startCall(const QString &content, const QString &filePath, bool isDark)
 {
-    return u"window.Pagewell && ((t) => (window.Pagewell.init(t, "_s + darkWord(isDark)
-        + u"), window.Pagewell.setContent(t, "_s + quoted(filePath) + u")))("_s
-        + templateLiteralPieces(content) + u");"_s;
+    const QString path = quoted(filePath);
+    QString call;
+    call.reserve(roomFor(content) + path.size());
+    call += u"window.Pagewell && ((t) => (window.Pagewell.init(t, "_s + darkWord(isDark)
+        + u"), window.Pagewell.setContent(t, "_s + path + u")))("_s;
+    appendTemplateLiteralPieces(call, content);
+    call += u");"_s;
+    return call;
 }
 
 QString contentCall(const QString &content, const QString &filePath)
@@ -106,8 +128,12 @@ QString insertCall(const QString &snippet)
 
 QString replaceCall(const QString &content)
 {
-    return u"window.Pagewell && window.Pagewell.replaceContent("_s + templateLiteralPieces(content)
-        + u");"_s;
+    QString call;
+    call.reserve(roomFor(content));
+    call += u"window.Pagewell && window.Pagewell.replaceContent("_s;
+    appendTemplateLiteralPieces(call, content);
+    call += u");"_s;
+    return call;
 }
 
 QString saveCall()
