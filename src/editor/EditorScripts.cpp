@@ -39,11 +39,13 @@ QString templateLiteral(QStringView text)
     return encoded;
 }
 
+// The longest literal of a document's text, in UTF-16 units.
+constexpr qsizetype piece = 4'096;
+
 // Written into `out`, which the caller has room in: a 10 MB document's call is some 20 MB, and
 // every copy of it costs the window's thread tens of milliseconds of fresh memory.
 static void appendTemplateLiteralPieces(QString &out, QStringView text)
 {
-    constexpr qsizetype piece = 4'096;
     qsizetype at = 0;
     do {
         qsizetype length = std::min(piece, text.size() - at);
@@ -60,7 +62,7 @@ static void appendTemplateLiteralPieces(QString &out, QStringView text)
 // Room for the text, its escapes and the pieces' quotes, with the calls around it.
 static qsizetype roomFor(QStringView text)
 {
-    return text.size() + text.size() / 16 + 3 * (text.size() / 4'096 + 1) + 256;
+    return text.size() + text.size() / 16 + 3 * (text.size() / piece + 1) + 256;
 }
 
 QString templateLiteralPieces(const QString &text)
