@@ -96,6 +96,12 @@ private Q_SLOTS:
         QCOMPARE(decoded.size(), large.size());
         QCOMPARE(decoded, large);
         QCOMPARE(EditorScripts::templateLiteralPieces(u"court"_s), u"`court`"_s);
+        // The calls that carry a whole document hold the same pieces, an empty one included.
+        QCOMPARE(EditorScripts::replaceCall(large),
+                 u"window.Pagewell && window.Pagewell.replaceContent("_s + pieces + u");"_s);
+        QVERIFY(EditorScripts::startCall(large, u"/d/a.md"_s, false)
+                    .endsWith(u"("_s + pieces + u");"_s));
+        QVERIFY(EditorScripts::startCall(QString(), u"/d/a.md"_s, true).endsWith(u"(``);"_s));
     }
 
     void callsFollowTheFileAndTheLook()

@@ -103,8 +103,9 @@ export const drawnBlocks = StateField.define({
       // Another theme draws every block anew; the source shown draws none.
       const { startState: before, state: after } = tr;
       const restyled = after.facet(EditorView.darkTheme) !== before.facet(EditorView.darkTheme);
-      const spans = tr.docChanged && !moved && !restyled && after.doc.length >= LARGE_DOCUMENT && after.facet(showSource) === before.facet(showSource) ? redrawnSpans(tr, value.reach, reach) : null;
-      if (after.facet(showSource)) decorations = Decoration.none;
+      const shown = after.facet(showSource);
+      const spans = tr.docChanged && !moved && !restyled && !shown && !before.facet(showSource) && after.doc.length >= LARGE_DOCUMENT ? redrawnSpans(tr, value.reach, reach) : null;
+      if (shown) decorations = Decoration.none;
       else if (spans) {
         if (spans.length) {
           decorations = decorations.update({
