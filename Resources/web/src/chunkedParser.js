@@ -18,7 +18,8 @@ const PartChunk = NodeType.define({ id: 0 }); // a chunk a stop cut short, never
 const chunkedTrees = new WeakSet();
 const REUSE_WITHIN = 65536;
 
-// The chunks of the previous tree whose text is unchanged, in the new document's positions.
+// The chunks of the previous tree whose text is unchanged, in the new document's positions, with
+// the fragment (the stretch of unchanged text) each lies in.
 function unchangedChunks(fragments) {
   const chunks = [];
   for (const fragment of fragments) {
@@ -28,7 +29,7 @@ function unchangedChunks(fragments) {
         const from = offset + tree.positions[i];
         if (child.type === Chunk) {
           const start = from - fragment.offset;
-          if (start >= fragment.from && start + child.length <= fragment.to) chunks.push({ from: start, to: start + child.length, tree: child });
+          if (start >= fragment.from && start + child.length <= fragment.to) chunks.push({ from: start, to: start + child.length, tree: child, fragment });
         } else if (child.type === NodeType.none) {
           visit(child, from);
         }
@@ -74,6 +75,10 @@ class ChunkedParse {
     const chunk = this.unchanged[this.next];
     if (!chunk || chunk.from !== pos) return null;
     if (chunk.to === this.input.length) return chunk;
+    // Followed by the chunk it was followed by, in the same unchanged text: the cut between them
+    // holds as before, and nothing needs reading. (Most of a large document, on every key.)
+    const following = this.unchanged[this.next + 1];
+    if (following && following.from === chunk.to && following.fragment === chunk.fragment) return chunk;
     const before = this.input.read(Math.max(chunk.from, chunk.to - 80), chunk.to).split("\n");
     const after = this.input.read(chunk.to, Math.min(this.input.length, chunk.to + 8)).split("\n")[0];
     // (A chunk ends with its line break: the line before that is the last one in `before`.)

@@ -138,3 +138,33 @@ test("a parse stopped at a position gives the tree up to there, and small docume
   const small = "# Titre\n\nTexte.";
   assert.deepEqual(nodes(chunked.parse(small)), nodes(markdown.parse(small)));
 });
+
+test("a key in a large document reads the chunk it falls in, not the chunks it takes whole", () => {
+  // The editor's input, counting the characters the parse reads from it.
+  class CountingInput extends DocInput {
+    count = 0;
+    chunk(from) {
+      const piece = super.chunk(from);
+      this.count += piece.length;
+      return piece;
+    }
+    read(from, to) {
+      this.count += to - from;
+      return super.read(from, to);
+    }
+  }
+  let text = documentText(2000);
+  let tree = chunked.parse(text);
+  for (const at of [Math.floor(text.length / 3), Math.floor(text.length / 2), text.indexOf("## Section 1500")]) {
+    const next = text.slice(0, at) + "x" + text.slice(at);
+    const fragments = TreeFragment.applyChanges(TreeFragment.addTree(tree), [{ fromA: at, toA: at, fromB: at, toB: at + 1 }]);
+    const input = new CountingInput(Text.of(next.split("\n")));
+    tree = chunked.parse(input, fragments);
+    text = next;
+    assert.deepEqual(nodes(tree), nodes(markdown.parse(text)), `after a key at ${at}`);
+    // The chunk holding the key, the lines scanned for its end and a formula's look ahead: a few
+    // chunks' worth. (It was 135–210 KB: each formula read 64 KB ahead, each chunk taken was read
+    // around.)
+    assert.ok(input.count < 4 * chunked.chunkSize, `${input.count} characters read for a key in ${text.length}`);
+  }
+});
