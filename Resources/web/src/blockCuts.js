@@ -2,13 +2,13 @@
 // line, a line starting a heading or a paragraph at the left edge, outside fenced code, HTML blocks
 // and front matter). The text after such a line parses the same alone as within the whole
 // document, which is what lets a large document be parsed, or searched for headings, in pieces.
+import { FRONT_MATTER_CLOSE, FRONT_MATTER_OPEN } from "./frontMatter.js";
+
 const READ_AHEAD = 65536;
 const FENCE = /^ {0,3}(`{3,}|~{3,})/;
 const HTML_OPEN = /^ {0,3}(?:<(script|pre|style|textarea)(?=[\s>]|$)|(<!--)|(<\?)|(<!\[CDATA\[)|(<![A-Za-z]))/i;
 const HTML_CLOSE = { script: /<\/script>/i, pre: /<\/pre>/i, style: /<\/style>/i, textarea: /<\/textarea>/i };
 const OTHER_CLOSE = [/-->/, /\?>/, /\]\]>/, />/];
-const FRONT_OPEN = /^---[ \t]*$/;
-const FRONT_CLOSE = /^(?:---|\.\.\.)[ \t]*$/;
 // A line a chunk may start with: a heading or a paragraph at the left edge.
 const CHUNK_START = /^(?:#{1,6}(?:[ \t]|$)|\p{L})/u;
 // The Markdown parser takes a carriage return for a space: a line holding one is blank.
@@ -137,7 +137,7 @@ class Reading {
     const free = this.state === null && blankBefore && lines.startsChunk();
     if (this.state === "start") {
       // Front matter opens only on the first line; any other first line is read as any line.
-      this.state = FRONT_OPEN.test(lines.text()) ? "front" : null;
+      this.state = FRONT_MATTER_OPEN.test(lines.text()) ? "front" : null;
       if (this.state === "front") {
         this.blankBefore = false;
         return false;
@@ -145,7 +145,7 @@ class Reading {
     }
     this.blankBefore = false;
     if (this.state === "front") {
-      if (FRONT_CLOSE.test(lines.text())) this.state = null;
+      if (FRONT_MATTER_CLOSE.test(lines.text())) this.state = null;
       return false;
     }
     if (this.state === "htmlUntilBlank") {

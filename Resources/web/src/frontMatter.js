@@ -1,9 +1,12 @@
 // Front matter ("---" first line, closed by "---" or "..."), parsed as a block of its own so that
 // it is shown as metadata rather than as a rule and a Setext heading.
 import { tags } from "@lezer/highlight";
+import { lookAhead } from "./lookAhead.js";
 
-const OPEN = /^---[ \t]*$/;
-const CLOSE = /^(?:---|\.\.\.)[ \t]*$/;
+// The opening and closing lines. (A carriage return left at a line's end, in a file mixing line
+// ends, is a space to the Markdown parser, as here.)
+export const FRONT_MATTER_OPEN = /^---[ \t\r]*$/;
+export const FRONT_MATTER_CLOSE = /^(?:---|\.\.\.)[ \t\r]*$/;
 const FRONT_MATTER_MAX_LINES = 1000; // the closing line comes within these
 
 export const frontMatter = {
@@ -13,14 +16,13 @@ export const frontMatter = {
       name: "FrontMatter",
       before: "HorizontalRule",
       parse(cx, line) {
-        if (cx.lineStart !== 0 || !OPEN.test(line.text)) return false;
-        // Look ahead for the closing line before taking any line.
-        const ahead = cx.input.read(line.text.length, Math.min(cx.input.length, 400000));
-        const lines = ahead.split(/\r\n|\r|\n/, FRONT_MATTER_MAX_LINES).slice(1); // lines 2 to 1000
-        if (!lines.some((l) => CLOSE.test(l))) return false;
+        if (cx.lineStart !== 0 || !FRONT_MATTER_OPEN.test(line.text)) return false;
+        // Look ahead for the closing line, on lines 2 to 1000, before taking any line.
+        let count = 1;
+        if (!lookAhead(cx.input, line.text.length, 400000, (l) => (FRONT_MATTER_CLOSE.test(l) ? true : ++count >= FRONT_MATTER_MAX_LINES ? false : undefined))) return false;
         const start = cx.lineStart;
         while (cx.nextLine()) {
-          if (CLOSE.test(line.text)) {
+          if (FRONT_MATTER_CLOSE.test(line.text)) {
             const end = cx.lineStart + line.text.length;
             cx.nextLine();
             cx.addElement(cx.elt("FrontMatter", start, end));

@@ -3,6 +3,7 @@
 // a closing one none before it and no digit right after it, so "5 $ et 10 $" is text, and "\$"
 // is a dollar sign wherever it stands.
 import { tags } from "@lezer/highlight";
+import { lookAhead } from "./lookAhead.js";
 
 const DOLLAR = 36;
 const BACKSLASH = 92;
@@ -38,22 +39,6 @@ function inlineFormula(cx, pos) {
   return -1;
 }
 
-// Whether a line holding a closing "$$" comes after the line ending at `from`, before a blank line
-// and within LOOK_AHEAD characters. The text is read a little at a time: the answer is nearly
-// always a few lines down, and a parse of a chunk (on every key) must not read far past it.
-function closesBeforeBlank(input, from) {
-  const limit = Math.min(input.length, from + LOOK_AHEAD);
-  for (let size = 1024; ; size *= 4) {
-    const to = Math.min(limit, from + size);
-    const lines = input.read(from, to).split(/\r\n|\r|\n/).slice(1);
-    // The last line may go on past what was read: it is read again, whole, the next time round.
-    const whole = to === limit ? lines : lines.slice(0, -1);
-    const stop = whole.find((l) => closingPair(l, 0) >= 0 || /^[\s>]*$/.test(l));
-    if (stop !== undefined) return closingPair(stop, 0) >= 0;
-    if (to === limit) return false;
-  }
-}
-
 function blockFormula(cx, line) {
   if (line.next !== DOLLAR || line.text.charCodeAt(line.pos + 1) !== DOLLAR) return false;
   const from = cx.lineStart + line.pos;
@@ -68,7 +53,8 @@ function blockFormula(cx, line) {
     return true;
   }
   // The closing "$$" must come before a blank line, or the opening is text.
-  if (!closesBeforeBlank(cx.input, cx.lineStart + line.text.length)) return false;
+  const closes = lookAhead(cx.input, cx.lineStart + line.text.length, LOOK_AHEAD, (l) => (closingPair(l, 0) >= 0 ? true : /^[\s>]*$/.test(l) ? false : undefined));
+  if (!closes) return false;
   const marks = [cx.elt("MathMark", from, from + 2)];
   while (cx.nextLine()) {
     const close = closingPair(line.text, line.pos);
