@@ -14,6 +14,11 @@ test("front matter is closed on one of its first thousand lines, however long th
   // A carriage return before the line break is a space, as to the Markdown parser: the closing
   // line's is part of it.
   assert.equal(frontMatterOf("---\r\ntitre: essai\r\n...\r\n"), "---\r\ntitre: essai\r\n...\r");
+  // A file mixing line ends: the closing line ends in a carriage return the parser keeps. The
+  // front matter still ends there, and does not swallow the document.
+  const mixed = "---\ntitre: essai\r\n---\r\n\n# Titre\n";
+  assert.equal(frontMatterOf(mixed), "---\ntitre: essai\r\n---\r");
+  assert.equal(markdown.parse(mixed).topNode.lastChild.name, "ATXHeading1");
   // Not closed: a rule, and the rest is the document's.
   assert.equal(frontMatterOf("---\ntitre: essai\n\n# Titre"), null);
   // Lines long enough to be read in several pieces: closed on line 1000, it is front matter; on
