@@ -42,8 +42,7 @@ QString templateLiteral(QStringView text)
 // The longest literal of a document's text, in UTF-16 units.
 constexpr qsizetype piece = 4'096;
 
-// Written into `out`, which the caller has room in: a 10 MB document's call is some 20 MB, and
-// every copy of it costs the window's thread tens of milliseconds of fresh memory.
+// Written into `out`, which the caller has room in.
 static void appendTemplateLiteralPieces(QString &out, QStringView text)
 {
     qsizetype at = 0;
@@ -59,18 +58,23 @@ static void appendTemplateLiteralPieces(QString &out, QStringView text)
     } while (at < text.size());
 }
 
-// Room for the text, its escapes and the pieces' quotes, with the calls around it.
-static qsizetype roomFor(QStringView text)
+// `before`, the text as literal pieces, then `after`, written into one string reserved once: a
+// 10 MB document's call is some 20 MB, and every copy of it costs the window's thread tens of
+// milliseconds of fresh memory. (Room for the escapes, and for each piece's quotes and "+".)
+static QString aroundPieces(QStringView before, QStringView text, QStringView after)
 {
-    return text.size() + text.size() / 16 + 3 * (text.size() / piece + 1) + 256;
+    QString call;
+    call.reserve(before.size() + text.size() + text.size() / 16 + 3 * (text.size() / piece + 1)
+                 + after.size());
+    call += before;
+    appendTemplateLiteralPieces(call, text);
+    call += after;
+    return call;
 }
 
 QString templateLiteralPieces(const QString &text)
 {
-    QString joined;
-    joined.reserve(roomFor(text));
-    appendTemplateLiteralPieces(joined, text);
-    return joined;
+    return aroundPieces({}, text, {});
 }
 
 QString quoted(const QString &text)
@@ -95,14 +99,9 @@ QString startCall(bool isDark)
 // and the page would keep the previous document's text, to be saved over this file.
 QString startCall(const QString &content, const QString &filePath, bool isDark)
 {
-    const QString path = quoted(filePath);
-    QString call;
-    call.reserve(roomFor(content) + path.size());
-    call += u"window.Pagewell && ((t) => (window.Pagewell.init(t, "_s + darkWord(isDark)
-        + u"), window.Pagewell.setContent(t, "_s + path + u")))("_s;
-    appendTemplateLiteralPieces(call, content);
-    call += u");"_s;
-    return call;
+    const QString before = u"window.Pagewell && ((t) => (window.Pagewell.init(t, "_s
+        + darkWord(isDark) + u"), window.Pagewell.setContent(t, "_s + quoted(filePath) + u")))("_s;
+    return aroundPieces(before, content, u");");
 }
 
 QString contentCall(const QString &content, const QString &filePath)
@@ -130,12 +129,7 @@ QString insertCall(const QString &snippet)
 
 QString replaceCall(const QString &content)
 {
-    QString call;
-    call.reserve(roomFor(content));
-    call += u"window.Pagewell && window.Pagewell.replaceContent("_s;
-    appendTemplateLiteralPieces(call, content);
-    call += u");"_s;
-    return call;
+    return aroundPieces(u"window.Pagewell && window.Pagewell.replaceContent(", content, u");");
 }
 
 QString saveCall()

@@ -2,13 +2,16 @@
 // line, a line starting a heading or a paragraph at the left edge, outside fenced code, HTML blocks
 // and front matter). The text after such a line parses the same alone as within the whole
 // document, which is what lets a large document be parsed, or searched for headings, in pieces.
-import { FRONT_MATTER_CLOSE, FRONT_MATTER_OPEN } from "./frontMatter.js";
-
+const FIRST_READ = 1024;
 const READ_AHEAD = 65536;
 const FENCE = /^ {0,3}(`{3,}|~{3,})/;
 const HTML_OPEN = /^ {0,3}(?:<(script|pre|style|textarea)(?=[\s>]|$)|(<!--)|(<\?)|(<!\[CDATA\[)|(<![A-Za-z]))/i;
 const HTML_CLOSE = { script: /<\/script>/i, pre: /<\/pre>/i, style: /<\/style>/i, textarea: /<\/textarea>/i };
 const OTHER_CLOSE = [/-->/, /\?>/, /\]\]>/, />/];
+// Front matter's opening and closing lines. (A carriage return left at a line's end, in a file
+// mixing line ends, is a space to the Markdown parser, as here.)
+export const FRONT_MATTER_OPEN = /^---[ \t\r]*$/;
+export const FRONT_MATTER_CLOSE = /^(?:---|\.\.\.)[ \t\r]*$/;
 // A line a chunk may start with: a heading or a paragraph at the left edge.
 const CHUNK_START = /^(?:#{1,6}(?:[ \t]|$)|\p{L})/u;
 // The Markdown parser takes a carriage return for a space: a line holding one is blank.
@@ -20,11 +23,13 @@ const LETTER = /\p{L}/u;
 export const canStartAt = (before, line) => BLANK.test(before) && CHUNK_START.test(line);
 
 // The lines of `input` from `from`, one at a time from an input made of lines, else read a block
-// at a time. `next()` moves to the next line: its text is `buffer` from `at` to `end`, at `start`
-// in the document. Most lines are only looked at, never copied.
+// at a time, the first ones small: a reader may want only a few lines. `next()` moves to the next
+// line: its text is `buffer` from `at` to `end`, at `start` in the document. Most lines are only
+// looked at, never copied.
 export class Lines {
   constructor(input, from) {
     this.input = input;
+    this.block = FIRST_READ;
     this.buffer = "";
     this.bufferStart = from;
     this.pos = from;
@@ -49,7 +54,8 @@ export class Lines {
     }
     let end = this.buffer.indexOf("\n", this.pos - this.bufferStart);
     if (end < 0 && this.bufferStart + this.buffer.length < input.length) {
-      this.buffer = input.read(this.pos, Math.min(input.length, this.pos + READ_AHEAD));
+      this.buffer = input.read(this.pos, Math.min(input.length, this.pos + this.block));
+      this.block = Math.min(READ_AHEAD, this.block * 4);
       this.bufferStart = this.pos;
       end = this.buffer.indexOf("\n");
       // A line longer than the block: read it whole.

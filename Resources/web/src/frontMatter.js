@@ -1,12 +1,9 @@
 // Front matter ("---" first line, closed by "---" or "..."), parsed as a block of its own so that
 // it is shown as metadata rather than as a rule and a Setext heading.
 import { tags } from "@lezer/highlight";
+import { FRONT_MATTER_CLOSE, FRONT_MATTER_OPEN } from "./blockCuts.js";
 import { lookAhead } from "./lookAhead.js";
 
-// The opening and closing lines. (A carriage return left at a line's end, in a file mixing line
-// ends, is a space to the Markdown parser, as here.)
-export const FRONT_MATTER_OPEN = /^---[ \t\r]*$/;
-export const FRONT_MATTER_CLOSE = /^(?:---|\.\.\.)[ \t\r]*$/;
 const FRONT_MATTER_MAX_LINES = 1000; // the closing line comes within these
 
 export const frontMatter = {

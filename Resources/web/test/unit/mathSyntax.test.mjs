@@ -48,11 +48,11 @@ test("formula blocks: closed, on one line, ending a paragraph; an unclosed one s
   assert.deepEqual(formulas("$$\r\na\r\n$$\r\n"), [["BlockMath", "$$\r\na\r\n$$"]]);
   // Indented four spaces: code, not a formula.
   assert.deepEqual(formulas("    $$ x $$"), []);
-  // The closing "$$" far down. The text after the opening is read a piece at a time: with lines of
-  // 30 characters a piece ends right after a line break, and the nothing read after it is no blank
-  // line.
+  // The closing "$$" far down. The text after the opening is read in growing blocks, the first of
+  // 1,024 characters: with lines of 32 characters, line break included, a block ends right after a
+  // line break, and the nothing read after it is no blank line.
   for (const end of ["\n", "\r\n"]) {
-    const body = Array.from({ length: 2000 }, (_, i) => `x${i}`.padEnd(30, "+")).join(end);
+    const body = Array.from({ length: 1900 }, (_, i) => `x${i}`.padEnd(32 - end.length, "+")).join(end);
     assert.deepEqual(formulas(`$$${end}${body}${end}$$`), [["BlockMath", `$$${end}${body}${end}$$`]]);
     // A blank line down there, before the closing: the opening is text.
     assert.deepEqual(formulas(`$$${end}${body}${end}${end}$$ x $$`), [["BlockMath", "$$ x $$"]]);
